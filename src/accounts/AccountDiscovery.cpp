@@ -1,0 +1,135 @@
+#include "accounts/AccountDiscovery.h"
+
+#include "accounts/DefaultAccount.h"
+#include "accounts/IdentityFile.h"
+#include "accounts/KeychainReader.h"
+#include "base/Log.h"
+#include "base/Text.h"
+#include "store/DiskPath.h"
+#include "store/FileReader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+namespace vellumor {
+
+namespace {
+
+bool isConfigDirName(const std::string& name)
+{
+    return name == ".claude" || name.starts_with(".claude-");
+}
+
+std::optional<std::string> wholeFile(const std::string& path)
+{
+    FileContents contents = readFile(path);
+    if (contents.status != ReadStatus::ok)
+        return std::nullopt;
+    return std::move(contents.bytes);
+}
+
+} // namespace
+
+std::optional<std::vector<std::string>> AccountDiscovery::homeConfigDirs(const std::string& home)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator entry(DiskPath::spelled(home), error);
+    std::set<std::string> dirs;
+    for (const std::filesystem::directory_iterator end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        std::error_code unreadable;
+        if (!isConfigDirName(name) || !entry->is_directory(unreadable))
+            continue;
+        if (Text::isValidUtf8(name))
+            dirs.insert(Text::composed(home + "/" + name));
+        else
+            log(Tag::accounts, "skipped a config directory whose name is not valid UTF-8");
+    }
+    if (error)
+        return std::nullopt;
+    return std::vector<std::string>(dirs.begin(), dirs.end());
+}
+
+AccountDiscovery AccountDiscovery::live(DiscoveryInputs inputs, const std::string& home,
+                                        ServiceDirectories& directories,
+                                        const KeychainReader& keychain)
+{
+    const auto listConfigDirs = [known = inputs.knownDirs, home, &directories] {
+        auto dirs = homeConfigDirs(home);
+        if (!dirs)
+            return dirs;
+        std::copy_if(known.begin(), known.end(), std::back_inserter(*dirs), DiskPath::isFolder);
+        directories.rebuild(*dirs);
+        return dirs;
+    };
+    const auto overrideFor = [overrides = std::move(inputs.overrides)](
+                                 const std::string& dir) -> std::optional<std::string> {
+        const auto found = overrides.find(dir);
+        if (found == overrides.end())
+            return std::nullopt;
+        return found->second;
+    };
+    const auto forceInclude = [known = std::set(inputs.knownDirs.begin(), inputs.knownDirs.end())](
+                                  const std::string& dir) { return known.contains(dir); };
+    return {home,
+            listConfigDirs,
+            DiskPath::exists,
+            wholeFile,
+            [&keychain] { return keychain.enumerateClaudeServices(); },
+            overrideFor,
+            forceInclude,
+            [&keychain](const std::string& service) { return keychain.probe(service); }};
+}
+
+DiscoveryResult AccountDiscovery::run() const
+{
+    const auto listed = listConfigDirs();
+    if (!listed)
+        return {{}, true};
+    const std::set<std::string> dirs(listed->begin(), listed->end());
+    const auto enumerated = enumerateServices();
+    DiscoveryResult result;
+    for (const std::string& dir : dirs) {
+        if (auto facts = factsOf(dir, enumerated))
+            result.facts.push_back(*std::move(facts));
+    }
+    return result;
+}
+
+// The first that exists decides, whether or not it can be read.
+std::string AccountDiscovery::identityPath(const std::string& dir) const
+{
+    const std::string inside = dir + "/.claude.json";
+    for (const std::string& path : {dir + "/.config.json", inside}) {
+        if (fileExists(path))
+            return path;
+    }
+    const auto beside = DefaultAccount::identityFallback(dir, "", home);
+    return beside && fileExists(*beside) ? *beside : inside;
+}
+
+std::optional<DiscoveredFacts>
+AccountDiscovery::factsOf(const std::string& dir, const std::vector<std::string>& enumerated) const
+{
+    const auto bytes = readFile(identityPath(dir));
+    const auto identity = bytes ? IdentityFile::parse(*bytes) : IdentityFile::Identity();
+    const auto resolved = KeychainServiceResolver::resolveLiving(
+        {dir, DefaultAccount::serviceCandidates(dir, home), overrideFor(dir), enumerated}, probe);
+    const bool nobody = !identity.email && !identity.org;
+    const bool dead = resolved.status == TokenStatus::notFound ||
+                      resolved.status == TokenStatus::signedOut;
+    if (nobody && dead && !forceInclude(dir))
+        return std::nullopt;
+    return DiscoveredFacts{dir,
+                           identity.email,
+                           identity.org,
+                           identity.displayName,
+                           IdentityFile::planLabel(identity.orgType, resolved.plan),
+                           resolved.service,
+                           resolved.status,
+                           resolved.expiresAt};
+}
+
+} // namespace vellumor

@@ -1,0 +1,217 @@
+#include "accounts/ClaudeCredentials.h"
+
+#include "base/Json.h"
+#include "base/Text.h"
+
+#include <fmt/format.h>
+#include <rapidjson/document.h>
+
+#include <algorithm>
+
+namespace vellumor {
+
+namespace {
+
+// A general JSON library would leave copies of the tokens all over the heap. This one decodes inside the guarded buffer
+// that it is given, so that wiping the buffer wipes them.
+using InPlaceJson = rapidjson::Document;
+constexpr unsigned parseFlags = rapidjson::kParseInsituFlag | rapidjson::kParseValidateEncodingFlag |
+                                rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+
+constexpr double sparedSeconds = 60.0; // a token that ends this soon is of no more use
+
+std::optional<KeychainError> errorOf(int status)
+{
+    switch (status) {
+    case RawCredential::found:
+        return std::nullopt;
+    case RawCredential::absent:
+        return KeychainError{KeychainError::Kind::notFound};
+    case RawCredential::denied:
+    case 51:  // no interaction allowed
+    case 128: // the user cancelled
+        return KeychainError{KeychainError::Kind::userDenied};
+    default:
+        return KeychainError{KeychainError::Kind::osStatus, status};
+    }
+}
+
+std::optional<int> hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return std::nullopt;
+}
+
+// Nothing when the length is odd or a pair is no hexadecimal byte.
+std::optional<SecretBytes> dataFromHex(std::string_view text)
+{
+    if (text.size() % 2 != 0)
+        return std::nullopt;
+    SecretBytes bytes(text.size() / 2);
+    for (std::size_t i = 0; i < text.size() / 2; ++i) {
+        const auto high = hexDigit(text[2 * i]);
+        const auto low = hexDigit(text[2 * i + 1]);
+        if (!high || !low)
+            return std::nullopt;
+        bytes.bytes()[i] = static_cast<char>(*high * 16 + *low);
+    }
+    return bytes;
+}
+
+// The item as text with a closing zero, for the decoder: trimmed, and out of its hexadecimal form.
+std::optional<SecretBytes> itemText(const SecretBytes& output)
+{
+    const std::string_view text = Text::trimmed(output.view());
+    if (text.empty() || !Text::isValidUtf8(output.view()))
+        return std::nullopt;
+    const auto terminated = [](std::string_view item) {
+        SecretBytes copy(item.size() + 1);
+        std::copy(item.begin(), item.end(), copy.bytes().begin());
+        return copy;
+    };
+    if (text.front() != '{') {
+        if (const auto bytes = dataFromHex(text))
+            return terminated(bytes->view());
+    }
+    return terminated(text);
+}
+
+// Reads optional fields: absent or null leaves `into` empty, another type spoils the item.
+class Fields {
+public:
+    explicit Fields(const rapidjson::Value& object) : m_object(object) {}
+
+    [[nodiscard]] const rapidjson::Value* find(const char* key) const
+    {
+        const auto found = m_object.FindMember(key);
+        return found == m_object.MemberEnd() || found->value.IsNull() ? nullptr : &found->value;
+    }
+
+    void text(const char* key, std::optional<std::string>& into)
+    {
+        const auto* value = find(key);
+        if (value != nullptr && value->IsString())
+            into.emplace(value->GetString(), value->GetStringLength());
+        else
+            m_good = m_good && value == nullptr;
+    }
+
+    void number(const char* key, std::optional<double>& into)
+    {
+        const auto* value = find(key);
+        if (value != nullptr && value->IsNumber())
+            into = value->GetDouble();
+        else
+            m_good = m_good && value == nullptr;
+    }
+
+    void texts(const char* key, std::vector<std::string>& into)
+    {
+        const auto* value = find(key);
+        if (value == nullptr)
+            return;
+        if (!value->IsArray())
+            return fail();
+        for (const auto& element : value->GetArray()) {
+            if (!element.IsString())
+                return fail();
+            into.emplace_back(element.GetString(), element.GetStringLength());
+        }
+    }
+
+    // Checked, and not taken over.
+    void unusedText(const char* key)
+    {
+        const auto* value = find(key);
+        m_good = m_good && (value == nullptr || value->IsString());
+    }
+
+    void fail() { m_good = false; }
+    [[nodiscard]] bool good() const { return m_good; }
+
+private:
+    const rapidjson::Value& m_object;
+    bool m_good = true;
+};
+
+std::optional<ClaudeCredentials> credentialsOf(const rapidjson::Value& json)
+{
+    if (!json.IsObject())
+        return std::nullopt;
+    const auto* oauth = Fields(json).find("claudeAiOauth");
+    if (oauth == nullptr || !oauth->IsObject())
+        return std::nullopt;
+    Fields fields(*oauth);
+    const auto* token = fields.find("accessToken");
+    if (token == nullptr || !token->IsString())
+        return std::nullopt;
+    ClaudeCredentials credentials;
+    credentials.accessToken =
+        Token(SecretBytes(std::string_view(token->GetString(), token->GetStringLength())));
+    fields.unusedText("refreshToken");
+    fields.number("expiresAt", credentials.expiresAt);
+    fields.texts("scopes", credentials.scopes);
+    fields.text("subscriptionType", credentials.subscriptionType);
+    fields.text("rateLimitTier", credentials.rateLimitTier);
+    if (!fields.good())
+        return std::nullopt;
+    return credentials;
+}
+
+} // namespace
+
+std::string KeychainError::description() const
+{
+    switch (kind) {
+    case Kind::osStatus:
+        return fmt::format("Keychain OSStatus {}", status);
+    case Kind::notFound:
+        return "no matching Keychain item";
+    case Kind::userDenied:
+        return "access denied (Always-Allow not granted)";
+    case Kind::unexpectedData:
+        break;
+    }
+    return "Keychain item was not decodable JSON";
+}
+
+TokenStatus ClaudeCredentials::tokenStatus(Instant now) const
+{
+    if (accessToken.empty())
+        return TokenStatus::signedOut;
+    if (expiresAt && *expiresAt / 1000.0 < secondsSince1970(now) + sparedSeconds)
+        return TokenStatus::expired;
+    return TokenStatus::readable;
+}
+
+std::optional<Instant> ClaudeCredentials::expiry() const
+{
+    if (!expiresAt)
+        return std::nullopt;
+    return instantFromSeconds(*expiresAt / 1000.0);
+}
+
+std::variant<ClaudeCredentials, KeychainError> ClaudeCredentials::decode(RawCredential raw)
+{
+    if (const auto error = errorOf(raw.status))
+        return *error;
+    const KeychainError undecodable{KeychainError::Kind::unexpectedData};
+    auto item = itemText(raw.secret);
+    if (!item || !isNestedWithin(item->view(), maxJsonDepth))
+        return undecodable;
+    InPlaceJson json;
+    json.ParseInsitu<parseFlags>(item->bytes().data());
+    if (json.HasParseError())
+        return undecodable;
+    auto credentials = credentialsOf(json);
+    if (!credentials)
+        return undecodable;
+    return *std::move(credentials);
+}
+
+} // namespace vellumor

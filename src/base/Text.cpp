@@ -1,0 +1,189 @@
+#include "base/Text.h"
+
+#include <utf8proc.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace vellumor::Text {
+
+namespace {
+
+struct Decoded {
+    utf8proc_int32_t codePoint = -1; // -1: not valid UTF-8 here
+    std::size_t size = 1;            // in bytes
+};
+
+Decoded decodeFirst(std::string_view text)
+{
+    Decoded decoded;
+    const auto size =
+        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                         static_cast<utf8proc_ssize_t>(text.size()), &decoded.codePoint);
+    if (size > 0)
+        decoded.size = static_cast<std::size_t>(size);
+    else
+        decoded.codePoint = -1;
+    return decoded;
+}
+
+// Calls `visit(codePoint, bytes)` for each character.
+template <typename Visit>
+void forEach(std::string_view text, Visit visit)
+{
+    while (!text.empty()) {
+        const Decoded decoded = decodeFirst(text);
+        visit(decoded.codePoint, text.substr(0, decoded.size));
+        text.remove_prefix(decoded.size);
+    }
+}
+
+void append(std::string& text, utf8proc_int32_t codePoint)
+{
+    utf8proc_uint8_t bytes[4];
+    const auto size = utf8proc_encode_char(codePoint, bytes);
+    text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
+}
+
+bool isSpace(utf8proc_int32_t c)
+{
+    if ((c >= 0x09 && c <= 0x0D) || c == 0x85)
+        return true;
+    const auto category = utf8proc_category(c);
+    return category == UTF8PROC_CATEGORY_ZS || category == UTF8PROC_CATEGORY_ZL ||
+           category == UTF8PROC_CATEGORY_ZP;
+}
+
+bool isLetterOrDigit(utf8proc_int32_t c)
+{
+    switch (utf8proc_category(c)) {
+    case UTF8PROC_CATEGORY_LU:
+    case UTF8PROC_CATEGORY_LL:
+    case UTF8PROC_CATEGORY_LT:
+    case UTF8PROC_CATEGORY_LM:
+    case UTF8PROC_CATEGORY_LO:
+    case UTF8PROC_CATEGORY_ND:
+    case UTF8PROC_CATEGORY_NL:
+    case UTF8PROC_CATEGORY_NO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isUnprintable(utf8proc_int32_t c)
+{
+    if (c < 0 || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069))
+        return true;
+    const auto category = utf8proc_category(c);
+    return category == UTF8PROC_CATEGORY_CC || category == UTF8PROC_CATEGORY_ZL ||
+           category == UTF8PROC_CATEGORY_ZP;
+}
+
+bool isAscii(std::string_view text)
+{
+    for (const char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool isValidUtf8(std::string_view text)
+{
+    bool valid = true;
+    forEach(text, [&](utf8proc_int32_t c, std::string_view) { valid = valid && c >= 0; });
+    return valid;
+}
+
+std::string composed(std::string_view text)
+{
+    if (isAscii(text))
+        return std::string(text);
+    utf8proc_uint8_t* mapped = nullptr;
+    const auto size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                   static_cast<utf8proc_ssize_t>(text.size()), &mapped,
+                                   static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owned(mapped, &std::free);
+    if (size < 0)
+        return std::string(text);
+    return {reinterpret_cast<const char*>(owned.get()), static_cast<std::size_t>(size)};
+}
+
+std::string_view trimmed(std::string_view text)
+{
+    std::size_t begin = text.size();
+    std::size_t end = 0;
+    std::size_t at = 0;
+    forEach(text, [&](utf8proc_int32_t c, std::string_view bytes) {
+        if (c < 0 || !isSpace(c)) {
+            begin = std::min(begin, at);
+            end = at + bytes.size();
+        }
+        at += bytes.size();
+    });
+    return begin < end ? text.substr(begin, end - begin) : std::string_view();
+}
+
+std::string capitalised(std::string_view text)
+{
+    std::string result;
+    bool inWord = false;
+    forEach(text, [&](utf8proc_int32_t c, std::string_view bytes) {
+        if (c < 0)
+            result.append(bytes);
+        else
+            append(result, inWord ? utf8proc_tolower(c) : utf8proc_toupper(c));
+        inWord = c >= 0 && isLetterOrDigit(c);
+    });
+    return result;
+}
+
+std::string withUpperFirst(std::string_view text)
+{
+    if (text.empty())
+        return {};
+    const Decoded first = decodeFirst(text);
+    if (first.codePoint < 0)
+        return std::string(text);
+    std::string result;
+    append(result, utf8proc_toupper(first.codePoint));
+    return result.append(text.substr(first.size));
+}
+
+std::size_t length(std::string_view text)
+{
+    std::size_t count = 0;
+    forEach(text, [&](utf8proc_int32_t, std::string_view) { ++count; });
+    return count;
+}
+
+std::string printable(std::string_view text)
+{
+    std::string result;
+    result.reserve(text.size());
+    forEach(text, [&](utf8proc_int32_t c, std::string_view bytes) {
+        if (isUnprintable(c))
+            append(result, 0xFFFD);
+        else
+            result.append(bytes);
+    });
+    return result;
+}
+
+std::string replaced(std::string text, std::string_view from, std::string_view to)
+{
+    if (from.empty() || text.find(from) == std::string::npos)
+        return text;
+    std::string result;
+    std::size_t begin = 0;
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, begin)) {
+        result.append(text, begin, at - begin).append(to);
+        begin = at + from.size();
+    }
+    return result.append(text, begin);
+}
+
+} // namespace vellumor::Text

@@ -1,0 +1,47 @@
+#include "store/Folders.h"
+
+#include "base/Text.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <optional>
+#include <vector>
+
+namespace vellumor {
+
+namespace {
+
+std::optional<std::string> absolute(const Environment& environment, std::string_view name)
+{
+    auto path = value(environment, name);
+    if (!path || path->front() != '/')
+        return std::nullopt;
+    while (path->size() > 1 && path->back() == '/')
+        path->pop_back();
+    return path;
+}
+
+std::string homeOfUser()
+{
+    std::vector<char> buffer(16384);
+    passwd entry{};
+    passwd* found = nullptr;
+    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+        found != nullptr && found->pw_dir != nullptr && found->pw_dir[0] == '/')
+        return found->pw_dir;
+    return "/";
+}
+
+} // namespace
+
+Folders Folders::fromEnvironment(const Environment& environment)
+{
+    Folders folders;
+    folders.home = Text::composed(absolute(environment, "HOME").value_or(homeOfUser()));
+    folders.data = absolute(environment, "XDG_DATA_HOME").value_or(folders.home + "/.local/share");
+    folders.config = absolute(environment, "XDG_CONFIG_HOME").value_or(folders.home + "/.config");
+    return folders;
+}
+
+} // namespace vellumor

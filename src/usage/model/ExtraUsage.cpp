@@ -1,0 +1,61 @@
+#include "usage/model/ExtraUsage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vellumor {
+
+namespace {
+
+constexpr int mostDecimalPlaces = 12; // no currency has more than 4; a hostile number must not fill the screen
+
+} // namespace
+
+ExtraUsage::CreditDisplay ExtraUsage::display() const
+{
+    if (spendLimitReached == true)
+        return CreditDisplay::exhausted;
+    if (usedCredits && monthlyLimit && *usedCredits > 0 && *monthlyLimit > 0 &&
+        *usedCredits >= *monthlyLimit)
+        return CreditDisplay::exhausted;
+    return isEnabled ? CreditDisplay::normal : CreditDisplay::hidden;
+}
+
+std::string ExtraUsage::currencySymbol() const
+{
+    if (!currency)
+        return {};
+    if (*currency == "EUR")
+        return "€";
+    if (*currency == "USD")
+        return "$";
+    if (*currency == "GBP")
+        return "£";
+    return *currency + " ";
+}
+
+std::string ExtraUsage::amountText(double minorUnits) const
+{
+    const int places = std::clamp(decimalPlaces.value_or(2), 0, mostDecimalPlaces);
+    return fmt::format("{:.{}f}", minorUnits / std::pow(10.0, places), places);
+}
+
+std::optional<std::string> ExtraUsage::creditsLine() const
+{
+    const CreditDisplay shown = display();
+    if (shown == CreditDisplay::hidden)
+        return std::nullopt;
+    const std::string symbol = currencySymbol();
+    std::string line = "Usage credits · " + symbol + amountText(usedCredits.value_or(0));
+    if (monthlyLimit)
+        line += " of " + symbol + amountText(*monthlyLimit);
+    else
+        line += " spent";
+    if (shown == CreditDisplay::exhausted)
+        line += " — limit reached";
+    return line;
+}
+
+} // namespace vellumor
