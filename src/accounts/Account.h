@@ -8,7 +8,8 @@
 
 namespace vellumor {
 
-// One Claude Code config directory with its credential, as the program works with it; made anew by each merge.
+// One Claude Code config directory with its credential, as the program works with it; made anew by
+// each merge.
 struct Account {
     std::string id; // six random characters; the identity
     std::string displayName;

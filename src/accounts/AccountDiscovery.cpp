@@ -1,5 +1,6 @@
 #include "accounts/AccountDiscovery.h"
 
+#include "accounts/ConfigDir.h"
 #include "accounts/DefaultAccount.h"
 #include "accounts/IdentityFile.h"
 #include "accounts/KeychainReader.h"
@@ -43,7 +44,7 @@ std::optional<std::vector<std::string>> AccountDiscovery::homeConfigDirs(const s
         if (!isConfigDirName(name) || !entry->is_directory(unreadable))
             continue;
         if (Text::isValidUtf8(name))
-            dirs.insert(Text::composed(home + "/" + name));
+            dirs.insert(ConfigDir::canonical(home + "/" + name, home));
         else
             log(Tag::accounts, "skipped a config directory whose name is not valid UTF-8");
     }
@@ -118,8 +119,8 @@ AccountDiscovery::factsOf(const std::string& dir, const std::vector<std::string>
     const auto resolved = KeychainServiceResolver::resolveLiving(
         {dir, DefaultAccount::serviceCandidates(dir, home), overrideFor(dir), enumerated}, probe);
     const bool nobody = !identity.email && !identity.org;
-    const bool dead = resolved.status == TokenStatus::notFound ||
-                      resolved.status == TokenStatus::signedOut;
+    const bool dead =
+        resolved.status == TokenStatus::notFound || resolved.status == TokenStatus::signedOut;
     if (nobody && dead && !forceInclude(dir))
         return std::nullopt;
     return DiscoveredFacts{dir,

@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::string_view slugCharacters = "abcdefghijklmnopqrstuvwxyz0123456789";
 constexpr int slugLength = 6;
-constexpr int highestSensibleOrder = 1'000'000'000; // what a broken file may claim must not overflow
+constexpr int highestSensibleOrder =
+    1'000'000'000; // what a broken file may claim must not overflow
 
 template <typename Records>
 int highestOrderOf(const Records& records)
@@ -39,18 +40,9 @@ SharedIdentity identityOf(const StoredAccount& record)
 
 Account accountOf(const StoredAccount& record, const DiscoveredFacts& facts)
 {
-    return {record.id,
-            record.name,
-            facts.configDir,
-            record.tracked,
-            record.pinned,
-            record.order,
-            record.serviceOverride,
-            facts.email,
-            facts.org,
-            facts.plan,
-            facts.resolvedService,
-            facts.tokenStatus,
+    return {record.id,           record.name,  facts.configDir,        record.tracked,
+            record.pinned,       record.order, record.serviceOverride, facts.email,
+            facts.org,           facts.plan,   facts.resolvedService,  facts.tokenStatus,
             facts.tokenExpiresAt};
 }
 
@@ -118,8 +110,9 @@ std::vector<Account> merge(const std::vector<DiscoveredFacts>& discovered,
         const bool tracked = known ? local->second.tracked : true;
         const bool pinned =
             known ? local->second.pinned : tracked && identity.order < pinnedByDefault;
-        const StoredAccount record = {identity.id, identity.name,            identity.order, tracked,
-                                      pinned,      identity.serviceOverride, std::nullopt};
+        const StoredAccount record = {identity.id, identity.name, identity.order,
+                                      tracked,     pinned,        identity.serviceOverride,
+                                      std::nullopt};
         records[facts.configDir] = record;
         accounts.push_back(accountOf(record, facts));
     }

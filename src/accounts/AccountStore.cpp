@@ -67,8 +67,13 @@ void AccountStore::upsertManual(const std::string& configDir,
         return;
     }
     const int order = AccountMerge::highestOrder(m_records) + 1;
-    m_records[dir] = {AccountMerge::randomSlug(), ConfigDir::derivedName(dir), order, true,
-                      order < AccountMerge::pinnedByDefault, clean(serviceOverride), std::nullopt};
+    m_records[dir] = {AccountMerge::randomSlug(),
+                      ConfigDir::derivedName(dir),
+                      order,
+                      true,
+                      order < AccountMerge::pinnedByDefault,
+                      clean(serviceOverride),
+                      std::nullopt};
     persist();
 }
 

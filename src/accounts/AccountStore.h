@@ -20,23 +20,27 @@ struct RemovedAccount {
     bool operator==(const RemovedAccount&) const = default;
 };
 
-// What the user decided about each config directory: its name, place, and whether it is tracked, pinned or hidden. Every
-// change is written at once, here and into the shared file. Main thread only.
+// What the user decided about each config directory: its name, place, and whether it is tracked,
+// pinned or hidden. Every change is written at once, here and into the shared file. Main thread
+// only.
 class AccountStore {
 public:
     // Compares two names for the list of hidden accounts: true when the first comes first.
     using NameOrder = std::function<bool(const std::string&, const std::string&)>;
 
-    // Loads; a file that is missing or broken counts as empty. All borrowed things outlive the store.
+    // Loads; a file that is missing or broken counts as empty. All borrowed things outlive the
+    // store.
     AccountStore(const FileStore& files, const SharedAccountsStore& shared, const Clock& clock,
                  std::string fileURL, std::string home);
 
     // Adds a directory that the user typed, or brings a hidden one back. Empty text does nothing.
-    void upsertManual(const std::string& configDir, const std::optional<std::string>& serviceOverride);
+    void upsertManual(const std::string& configDir,
+                      const std::optional<std::string>& serviceOverride);
     void setTracked(const std::string& id, bool tracked);
     void setPinned(const std::string& id, bool pinned);
     void rename(const std::string& id, const std::string& name); // exactly as given
-    void setServiceOverride(const std::string& id, const std::optional<std::string>& service); // blank clears
+    void setServiceOverride(const std::string& id,
+                            const std::optional<std::string>& service); // blank clears
     // Hides the account; `email` and `org` tell who was signed in.
     void remove(const std::string& id, const std::optional<std::string>& email,
                 const std::optional<std::string>& org);
@@ -51,7 +55,10 @@ public:
     // For the merge, which changes them in place; persist() follows.
     [[nodiscard]] StoredAccounts& records() { return m_records; }
     [[nodiscard]] const StoredAccounts& records() const { return m_records; }
-    [[nodiscard]] std::vector<std::string> knownDirs() const { return vellumor::knownDirs(m_records); }
+    [[nodiscard]] std::vector<std::string> knownDirs() const
+    {
+        return vellumor::knownDirs(m_records);
+    }
     [[nodiscard]] std::vector<RemovedAccount> removedAccounts(const NameOrder& byName) const;
 
 private:

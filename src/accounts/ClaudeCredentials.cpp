@@ -12,10 +12,11 @@ namespace vellumor {
 
 namespace {
 
-// A general JSON library would leave copies of the tokens all over the heap. This one decodes inside the guarded buffer
-// that it is given, so that wiping the buffer wipes them.
+// A general JSON library would leave copies of the tokens all over the heap. This one decodes
+// inside the guarded buffer that it is given, so that wiping the buffer wipes them.
 using InPlaceJson = rapidjson::Document;
-constexpr unsigned parseFlags = rapidjson::kParseInsituFlag | rapidjson::kParseValidateEncodingFlag |
+constexpr unsigned parseFlags = rapidjson::kParseInsituFlag |
+                                rapidjson::kParseValidateEncodingFlag |
                                 rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
 
 constexpr double sparedSeconds = 60.0; // a token that ends this soon is of no more use
@@ -69,7 +70,9 @@ std::optional<SecretBytes> itemText(const SecretBytes& output)
     const std::string_view text = Text::trimmed(output.view());
     if (text.empty() || !Text::isValidUtf8(output.view()))
         return std::nullopt;
-    const auto terminated = [](std::string_view item) {
+    const auto terminated = [](std::string_view item) -> std::optional<SecretBytes> {
+        if (item.find('\0') != std::string_view::npos)
+            return std::nullopt; // the decoder would take it for the end and overlook the rest
         SecretBytes copy(item.size() + 1);
         std::copy(item.begin(), item.end(), copy.bytes().begin());
         return copy;
@@ -81,24 +84,43 @@ std::optional<SecretBytes> itemText(const SecretBytes& output)
     return terminated(text);
 }
 
+// The decoder lets an escaped half of a surrogate pair through, and what comes of that is no UTF-8.
+std::optional<std::string_view> textOf(const rapidjson::Value& value)
+{
+    if (!value.IsString())
+        return std::nullopt;
+    const std::string_view text(value.GetString(), value.GetStringLength());
+    return Text::isValidUtf8(text) ? std::optional(text) : std::nullopt;
+}
+
 // Reads optional fields: absent or null leaves `into` empty, another type spoils the item.
 class Fields {
 public:
-    explicit Fields(const rapidjson::Value& object) : m_object(object) {}
-
-    [[nodiscard]] const rapidjson::Value* find(const char* key) const
+    explicit Fields(const rapidjson::Value& object)
+        : m_object(object)
     {
-        const auto found = m_object.FindMember(key);
-        return found == m_object.MemberEnd() || found->value.IsNull() ? nullptr : &found->value;
+    }
+
+    // Of a repeated key the last counts, as it does for Claude Code itself.
+    [[nodiscard]] const rapidjson::Value* find(std::string_view key) const
+    {
+        const rapidjson::Value* found = nullptr;
+        for (const auto& member : m_object.GetObject()) {
+            if (textOf(member.name) == key)
+                found = &member.value;
+        }
+        return found == nullptr || found->IsNull() ? nullptr : found;
     }
 
     void text(const char* key, std::optional<std::string>& into)
     {
         const auto* value = find(key);
-        if (value != nullptr && value->IsString())
-            into.emplace(value->GetString(), value->GetStringLength());
+        if (value == nullptr)
+            return;
+        if (const auto text = textOf(*value))
+            into = *text;
         else
-            m_good = m_good && value == nullptr;
+            fail();
     }
 
     void number(const char* key, std::optional<double>& into)
@@ -118,9 +140,10 @@ public:
         if (!value->IsArray())
             return fail();
         for (const auto& element : value->GetArray()) {
-            if (!element.IsString())
+            const auto text = textOf(element);
+            if (!text)
                 return fail();
-            into.emplace_back(element.GetString(), element.GetStringLength());
+            into.emplace_back(*text);
         }
     }
 
@@ -147,12 +170,12 @@ std::optional<ClaudeCredentials> credentialsOf(const rapidjson::Value& json)
     if (oauth == nullptr || !oauth->IsObject())
         return std::nullopt;
     Fields fields(*oauth);
-    const auto* token = fields.find("accessToken");
-    if (token == nullptr || !token->IsString())
+    const auto* value = fields.find("accessToken");
+    const auto token = value == nullptr ? std::nullopt : textOf(*value);
+    if (!token)
         return std::nullopt;
     ClaudeCredentials credentials;
-    credentials.accessToken =
-        Token(SecretBytes(std::string_view(token->GetString(), token->GetStringLength())));
+    credentials.accessToken = Token(SecretBytes(*token));
     fields.unusedText("refreshToken");
     fields.number("expiresAt", credentials.expiresAt);
     fields.texts("scopes", credentials.scopes);

@@ -25,11 +25,15 @@ struct KeychainError {
     [[nodiscard]] std::string description() const;
 };
 
-// An OAuth access token. One owner; wiped when released; no copy, no printing, one way out that can be searched for.
+// An OAuth access token. One owner; wiped when released; no copy, no printing, one way out that can
+// be searched for.
 class Token {
 public:
     Token() = default;
-    explicit Token(SecretBytes secret) : m_secret(std::move(secret)) {}
+    explicit Token(SecretBytes secret)
+        : m_secret(std::move(secret))
+    {
+    }
 
     [[nodiscard]] bool empty() const { return m_secret.view().empty(); }
     // Called by the request builder alone.
@@ -39,9 +43,10 @@ private:
     SecretBytes m_secret;
 };
 
-// What Claude Code keeps about one sign-in, as far as this program looks at it. The refresh token is never taken over.
+// What Claude Code keeps about one sign-in, as far as this program looks at it. The refresh token
+// is never taken over.
 struct ClaudeCredentials {
-    Token accessToken; // empty after a sign-out
+    Token accessToken;               // empty after a sign-out
     std::optional<double> expiresAt; // milliseconds since 1970
     std::vector<std::string> scopes;
     std::optional<std::string> subscriptionType;
@@ -50,8 +55,8 @@ struct ClaudeCredentials {
     [[nodiscard]] TokenStatus tokenStatus(Instant now) const;
     [[nodiscard]] std::optional<Instant> expiry() const;
 
-    // One credential item, whichever source it came from: the status says what reading gave, the secret is the JSON or
-    // its hexadecimal form. No copy of it is left behind.
+    // One credential item, whichever source it came from: the status says what reading gave, the
+    // secret is the JSON or its hexadecimal form. No copy of it is left behind.
     [[nodiscard]] static std::variant<ClaudeCredentials, KeychainError> decode(RawCredential raw);
 };
 

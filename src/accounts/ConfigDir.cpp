@@ -13,6 +13,8 @@ std::string canonical(std::string_view path, const std::string& home)
         expanded = home + std::string(path.substr(1));
     while (expanded.size() > 1 && expanded.back() == '/')
         expanded.pop_back();
+    while (expanded.starts_with("//")) // where the home folder is "/"
+        expanded.erase(0, 1);
     return Text::composed(expanded);
 }
 

@@ -25,13 +25,13 @@ struct DiscoveredFacts {
 
 // What the program tells a scan.
 struct DiscoveryInputs {
-    std::vector<std::string> knownDirs;           // of accounts that are not hidden; they may lie anywhere
+    std::vector<std::string> knownDirs; // of accounts that are not hidden; they may lie anywhere
     std::map<std::string, std::string> overrides; // config directory to the service forced on it
 };
 
 struct DiscoveryResult {
     std::vector<DiscoveredFacts> facts; // by configDir, ascending
-    bool scanFailed = false;            // the home folder could not be listed: the facts say nothing
+    bool scanFailed = false; // the home folder could not be listed: the facts say nothing
 };
 
 } // namespace vellumor

@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-// IdentityFile: who is signed in to a config directory, from the file that Claude Code keeps about it. Pure.
+// IdentityFile: who is signed in to a config directory, from the file that Claude Code keeps about
+// it. Pure.
 namespace vellumor::IdentityFile {
 
 struct Identity {
@@ -18,7 +19,8 @@ struct Identity {
 // What is missing, of another type or not to be read is absent; an empty text is a value.
 [[nodiscard]] Identity parse(std::string_view bytes);
 
-// "Max", "Pro" or "Team" for the organisation types that are known, otherwise `subscription` as it stands.
+// "Max", "Pro" or "Team" for the organisation types that are known, otherwise `subscription` as it
+// stands.
 [[nodiscard]] std::optional<std::string> planLabel(const std::optional<std::string>& orgType,
                                                    const std::optional<std::string>& subscription);
 

@@ -23,7 +23,7 @@ bool isClaudeService(const std::string& name)
     return name.starts_with("Claude Code") && name.find("-credentials") != std::string::npos;
 }
 
-bool isUndecodable(const std::variant<ClaudeCredentials, KeychainError>& result)
+bool isUndecodable(const KeychainReader::Result& result)
 {
     const auto* error = std::get_if<KeychainError>(&result);
     return error != nullptr && error->kind == Kind::unexpectedData;
@@ -96,43 +96,43 @@ std::vector<std::string> KeychainReader::enumerateClaudeServices() const
 }
 
 // Nothing when there is no such file.
-std::optional<RawCredential> KeychainReader::readCredentialFile(const std::string& dir) const
+std::optional<KeychainReader::Result>
+KeychainReader::readCredentialFile(const std::string& dir) const
 {
     SecretFileContents contents = m_sources.readFile(credentialFile(dir));
     switch (contents.status) {
     case ReadStatus::ok:
-        return RawCredential{RawCredential::found, std::move(contents.bytes)};
+        return ClaudeCredentials::decode({RawCredential::found, std::move(contents.bytes)});
     case ReadStatus::missing:
         return std::nullopt;
     case ReadStatus::denied:
-        return RawCredential{RawCredential::denied, {}};
+        return KeychainError{Kind::userDenied};
     case ReadStatus::unreadable:
         break;
     }
-    return RawCredential{contents.error != 0 ? contents.error : RawCredential::failed, {}};
+    return KeychainError{Kind::osStatus,
+                         contents.error != 0 ? contents.error : RawCredential::failed};
 }
 
-std::variant<ClaudeCredentials, KeychainError>
-KeychainReader::readCredentials(const std::string& service) const
+KeychainReader::Result KeychainReader::readCredentials(const std::string& service) const
 {
     const auto dir = m_directories.directoryOf(service);
-    auto raw = dir ? readCredentialFile(*dir) : std::nullopt;
-    if (!raw)
-        return ClaudeCredentials::decode(m_keyring.read(service));
-    auto result = ClaudeCredentials::decode(*std::move(raw));
-    if (!isUndecodable(result))
-        return result;
-    // Claude Code may be rewriting the file in place just now: one more look before the account counts as broken.
-    m_sources.beforeRereading();
-    raw = readCredentialFile(*dir);
-    return raw ? ClaudeCredentials::decode(*std::move(raw)) : std::move(result);
+    auto result = dir ? readCredentialFile(*dir) : std::nullopt;
+    if (result && isUndecodable(*result)) {
+        // Claude Code may be rewriting the file in place just now: one more look before the account
+        // counts as broken.
+        m_sources.beforeRereading();
+        result = readCredentialFile(*dir);
+    }
+    return result ? *std::move(result) : ClaudeCredentials::decode(m_keyring.read(service));
 }
 
 KeychainServiceResolver::Probe KeychainReader::probe(const std::string& service) const
 {
     const auto result = readCredentials(service);
     if (const auto* error = std::get_if<KeychainError>(&result))
-        return {error->kind == Kind::userDenied ? TokenStatus::needsApproval : TokenStatus::notFound,
+        return {error->kind == Kind::userDenied ? TokenStatus::needsApproval
+                                                : TokenStatus::notFound,
                 std::nullopt, std::nullopt};
     const auto& credentials = std::get<ClaudeCredentials>(result);
     return {credentials.tokenStatus(m_clock.now()), credentials.subscriptionType,

@@ -16,11 +16,14 @@
 
 namespace vellumor {
 
-// Which config directory holds the credential file of a service. Each scan tells the directories anew; reading is
-// safe from any thread.
+// Which config directory holds the credential file of a service. Each scan tells the directories
+// anew; reading is safe from any thread.
 class ServiceDirectories {
 public:
-    explicit ServiceDirectories(std::string home) : m_home(std::move(home)) {}
+    explicit ServiceDirectories(std::string home)
+        : m_home(std::move(home))
+    {
+    }
 
     void rebuild(const std::vector<std::string>& configDirs);
     [[nodiscard]] std::optional<std::string> directoryOf(const std::string& service) const;
@@ -36,10 +39,12 @@ private:
     std::vector<std::string> m_expected;                     // guarded by m_mutex
 };
 
-// Claude Code's credentials, read only and never kept: from the file in the config directory, else from the desktop's
-// keyring. Every call may block, so none comes from the main thread.
+// Claude Code's credentials, read only and never kept: from the file in the config directory, else
+// from the desktop's keyring. Every call may block, so none comes from the main thread.
 class KeychainReader {
 public:
+    using Result = std::variant<ClaudeCredentials, KeychainError>;
+
     struct Sources {
         std::function<SecretFileContents(const std::string& path)> readFile = readSecretFile;
         std::function<bool(const std::string& path)> fileExists;
@@ -51,18 +56,18 @@ public:
     KeychainReader(const ServiceDirectories& directories, Keyring& keyring, const Clock& clock,
                    Sources sources = Sources());
 
-    // The services that exist in either source: sorted, each once, and only those that name themselves as Claude Code's.
+    // The services that exist in either source: sorted, each once, and only those that name
+    // themselves as Claude Code's.
     [[nodiscard]] std::vector<std::string> enumerateClaudeServices() const;
 
     // The file first, then the keyring.
-    [[nodiscard]] std::variant<ClaudeCredentials, KeychainError>
-    readCredentials(const std::string& service) const;
+    [[nodiscard]] Result readCredentials(const std::string& service) const;
 
     // The state of one service's credential, without the token.
     [[nodiscard]] KeychainServiceResolver::Probe probe(const std::string& service) const;
 
 private:
-    [[nodiscard]] std::optional<RawCredential> readCredentialFile(const std::string& dir) const;
+    [[nodiscard]] std::optional<Result> readCredentialFile(const std::string& dir) const;
 
     const ServiceDirectories& m_directories;
     Keyring& m_keyring;

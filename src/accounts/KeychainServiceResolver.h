@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-// KeychainServiceResolver: which credential service belongs to a config directory. Pure but for the probe it is given.
+// KeychainServiceResolver: which credential service belongs to a config directory. Pure but for the
+// probe it is given.
 namespace vellumor::KeychainServiceResolver {
 
 // What trying one service gave.
@@ -37,14 +38,15 @@ struct Choices {
     std::vector<std::string> enumerated; // what exists
 };
 
-// The override; else the first candidate that exists; else the shortest existing name with the directory's hash in it;
-// else the first candidate, or nothing.
+// The override; else the first candidate that exists; else the shortest existing name with the
+// directory's hash in it; else the first candidate, or nothing.
 [[nodiscard]] std::optional<std::string> resolve(const Choices& choices);
 
 // The candidates that exist; none when the user has chosen.
 [[nodiscard]] std::vector<std::string> presentCandidates(const Choices& choices);
 
-// Resolves, probes, and takes another present candidate if that one is readable while the first is not.
+// Resolves, probes, and takes another present candidate if that one is readable while the first is
+// not.
 [[nodiscard]] Resolved resolveLiving(const Choices& choices,
                                      const std::function<Probe(const std::string&)>& probe);
 

@@ -20,13 +20,14 @@ Json deltaOf(const SharedIdentities& identities)
         Json& record = delta[configDir];
         record = {{"id", identity.id}, {"name", identity.name}, {"order", identity.order}};
         // A null removes an override that is no longer there.
-        record["serviceOverride"] = identity.serviceOverride ? Json(*identity.serviceOverride) : Json();
+        record["serviceOverride"] =
+            identity.serviceOverride ? Json(*identity.serviceOverride) : Json();
     }
     return delta;
 }
 
-// The records of the file, with an empty one for each directory that is new to it: so that the merge works field by field
-// on all of them, and an absent override leaves no null behind.
+// The records of the file, with an empty one for each directory that is new to it: so that the
+// merge works field by field on all of them, and an absent override leaves no null behind.
 Json accountsOf(const Json& object, const Json& delta)
 {
     const auto present = object.find("accounts");
@@ -53,7 +54,8 @@ SharedAccountsStore::Decoded SharedAccountsStore::decode(std::string_view bytes)
     if (!json)
         return {};
     const auto version = json->find("schemaVersion");
-    if (version != json->end() && version->is_number() && version->get<double>() >= knownVersion + 1)
+    if (version != json->end() && version->is_number() &&
+        version->get<double>() >= knownVersion + 1)
         return {};
     const auto accounts = json->find("accounts");
     if (accounts == json->end() || !accounts->is_object())

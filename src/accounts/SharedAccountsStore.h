@@ -7,8 +7,9 @@
 
 namespace vellumor {
 
-// The file of identities that this program and its sibling both write: accounts.json in the shared folder. Records and
-// keys that only the sibling knows are kept. Holds no state; callable from any thread.
+// The file of identities that this program and its sibling both write: accounts.json in the shared
+// folder. Records and keys that only the sibling knows are kept. Holds no state; callable from any
+// thread.
 class SharedAccountsStore {
 public:
     // Makes the file's folder. `files` outlives the store.

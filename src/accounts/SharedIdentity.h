@@ -16,8 +16,8 @@ struct SharedIdentity {
     std::optional<std::string> serviceOverride;
     bool operator==(const SharedIdentity&) const = default;
 
-    // Nothing without a text `id` and a text `name`; `order` of another type counts as 0, `serviceOverride` of another
-    // type as absent.
+    // Nothing without a text `id` and a text `name`; `order` of another type counts as 0,
+    // `serviceOverride` of another type as absent.
     [[nodiscard]] static std::optional<SharedIdentity> fromJson(const Json& json);
 };
 

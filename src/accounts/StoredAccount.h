@@ -10,7 +10,8 @@
 
 namespace vellumor {
 
-// When an account was hidden, and who was signed in then: so that a scan can tell whether it is somebody else by now.
+// When an account was hidden, and who was signed in then: so that a scan can tell whether it is
+// somebody else by now.
 struct Removal {
     Instant at{};
     std::optional<std::string> email;
@@ -35,8 +36,8 @@ struct StoredAccount {
 // By canonical config directory.
 using StoredAccounts = std::map<std::string, StoredAccount>;
 
-// The file accounts.json, version 1. Any version is read, as long as it has the keys; one missing key or wrong type makes
-// the whole file count as empty.
+// The file accounts.json, version 1. Any version is read, as long as it has the keys; one missing
+// key or wrong type makes the whole file count as empty.
 [[nodiscard]] StoredAccounts decodeStoredAccounts(std::string_view bytes);
 // Nothing when a text in it is not valid UTF-8.
 [[nodiscard]] std::optional<std::string> encodeStoredAccounts(const StoredAccounts& records);

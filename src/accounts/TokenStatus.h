@@ -4,7 +4,8 @@
 
 namespace vellumor {
 
-// The health of an account's credential. The names of the cases are the words on disk and in the report.
+// The health of an account's credential. The names of the cases are the words on disk and in the
+// report.
 enum class TokenStatus {
     readable,      // a token is there, and valid for at least another 60 seconds
     expired,       // it ends within 60 seconds, or has ended

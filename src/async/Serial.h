@@ -6,7 +6,8 @@
 
 namespace vellumor {
 
-// A value that one worker alone touches, one operation at a time, so that a read-modify-write needs no lock:
+// A value that one worker alone touches, one operation at a time, so that a read-modify-write needs
+// no lock:
 //     auto lines = co_await log([](RateLimitLog& log) { return log.recent(5); });
 // The owner keeps it alive while an operation runs.
 template <typename T>
@@ -24,7 +25,8 @@ public:
     template <typename Operation>
     [[nodiscard]] auto operator()(Operation operation)
     {
-        return m_worker.run([this, operation = std::move(operation)]() mutable { return operation(m_value); });
+        return m_worker.run(
+            [this, operation = std::move(operation)]() mutable { return operation(m_value); });
     }
 
 private:

@@ -9,7 +9,11 @@ namespace vellumor {
 // Awaited: goes on when `duration` has passed by the clock's own measure.
 class [[nodiscard]] Sleep {
 public:
-    Sleep(Clock& clock, std::chrono::milliseconds duration) : m_clock(clock), m_duration(duration) {}
+    Sleep(Clock& clock, std::chrono::milliseconds duration)
+        : m_clock(clock)
+        , m_duration(duration)
+    {
+    }
 
     [[nodiscard]] bool await_ready() const noexcept { return m_duration.count() <= 0; }
     void await_suspend(std::coroutine_handle<> waiting)

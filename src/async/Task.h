@@ -4,8 +4,8 @@
 
 namespace vellumor {
 
-// What a coroutine of the main thread returns. It runs at once up to its first wait; a task that nobody awaits or keeps
-// loses its failures, so every function that gives one is [[nodiscard]].
+// What a coroutine of the main thread returns. It runs at once up to its first wait; a task that
+// nobody awaits or keeps loses its failures, so every function that gives one is [[nodiscard]].
 template <typename T = void>
 using Task = QCoro::Task<T>;
 

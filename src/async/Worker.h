@@ -13,8 +13,8 @@
 
 namespace vellumor {
 
-// One thread that runs what can block, in the order in which it was asked. It ends with the program, after the job that
-// is running.
+// One thread that runs what can block, in the order in which it was asked. It ends with the
+// program, after the job that is running.
 class Worker {
 public:
     Worker()
@@ -27,14 +27,18 @@ public:
 
     void post(std::function<void()> job) { m_pool.start(std::move(job)); }
 
-    // Awaited on the main thread: runs `job` on the worker and gives its result back on the main thread. The job must
-    // not throw. Nothing runs until it is awaited.
+    // Awaited on the main thread: runs `job` on the worker and gives its result back on the main
+    // thread. The job must not throw. Nothing runs until it is awaited.
     template <typename Job>
     class [[nodiscard]] Result {
     public:
         using Value = std::invoke_result_t<Job&>;
 
-        Result(Worker& worker, Job job) : m_worker(worker), m_job(std::move(job)) {}
+        Result(Worker& worker, Job job)
+            : m_worker(worker)
+            , m_job(std::move(job))
+        {
+        }
 
         [[nodiscard]] bool await_ready() const noexcept { return false; }
         void await_suspend(std::coroutine_handle<> waiting)
@@ -60,7 +64,8 @@ public:
 
         Worker& m_worker;
         Job m_job;
-        std::optional<Held> m_value; // written by the worker, read once the loop has told the main thread
+        std::optional<Held>
+            m_value; // written by the worker, read once the loop has told the main thread
     };
 
     template <typename Job>

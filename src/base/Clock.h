@@ -24,8 +24,9 @@ public:
     // The wall clock, in whole milliseconds. Callable from any thread. It may jump.
     [[nodiscard]] virtual Instant now() const = 0;
 
-    // Calls `then` once on the calling thread's event loop when `delay` has passed, which is measured by a clock that
-    // does not jump. A delay of zero or less is due at the loop's next turn.
+    // Calls `then` once on the calling thread's event loop when `delay` has passed, which is
+    // measured by a clock that does not jump. A delay of zero or less is due at the loop's next
+    // turn.
     [[nodiscard]] virtual std::unique_ptr<Alarm> after(std::chrono::milliseconds delay,
                                                        std::function<void()> then) = 0;
 };

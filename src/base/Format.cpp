@@ -21,7 +21,10 @@ bool isDigit(char c)
 // Reads fixed-width text from the front; the first thing that does not fit makes it fail for good.
 class Scanner {
 public:
-    explicit Scanner(std::string_view text) : m_rest(text) {}
+    explicit Scanner(std::string_view text)
+        : m_rest(text)
+    {
+    }
 
     int digits(std::size_t count, int least, int most)
     {
@@ -77,7 +80,8 @@ std::chrono::minutes zoneOffset(Scanner& scanner)
     return std::chrono::minutes((west ? -1 : 1) * (hours * 60 + minutes));
 }
 
-// `fractionDigits` is how many digits must follow a full stop behind the seconds; 0 means that there is none.
+// `fractionDigits` is how many digits must follow a full stop behind the seconds; 0 means that
+// there is none.
 std::optional<Instant> parseFixed(std::string_view text, std::size_t fractionDigits)
 {
     Scanner scanner(text);
@@ -102,20 +106,24 @@ std::optional<Instant> parseFixed(std::string_view text, std::size_t fractionDig
     const year_month_day date(year, month, day);
     if (!scanner.finished() || !date.ok())
         return std::nullopt;
-    return Instant(sys_days(date)) + hours + minutes + seconds + fraction - offset;
+    const Instant instant = Instant(sys_days(date)) + hours + minutes + seconds + fraction - offset;
+    // An offset may carry the moment into a year that could not be written and read again.
+    const int utcYear =
+        static_cast<int>(year_month_day(std::chrono::floor<std::chrono::days>(instant)).year());
+    if (utcYear < 1 || utcYear > 9999)
+        return std::nullopt;
+    return instant;
 }
 
 std::string isoDate(Instant instant, bool milliseconds)
 {
     const auto days = std::chrono::floor<std::chrono::days>(instant);
     const year_month_day date(days);
-    const std::chrono::hh_mm_ss time(
-        std::chrono::floor<std::chrono::milliseconds>(instant - days));
-    std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}",
-                                   static_cast<int>(date.year()),
-                                   static_cast<unsigned>(date.month()),
-                                   static_cast<unsigned>(date.day()), time.hours().count(),
-                                   time.minutes().count(), time.seconds().count());
+    const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::milliseconds>(instant - days));
+    std::string text =
+        fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
+                    static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                    time.hours().count(), time.minutes().count(), time.seconds().count());
     if (milliseconds)
         text += fmt::format(".{:03}", time.subseconds().count());
     return text + "Z";

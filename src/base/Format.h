@@ -9,9 +9,10 @@
 // Format: the small texts that files and screens share. Pure; independent of the process's locale.
 namespace vellumor::Format {
 
-// Reads an RFC 3339 date-time: "2026-03-01T09:30:00Z", or with an offset that has a colon. Three and six digits of
-// fraction are kept; any other fraction is dropped. Lower-case letters, a leap second, an offset without a colon and a
-// fraction without a zone are refused.
+// Reads an RFC 3339 date-time: "2026-03-01T09:30:00Z", or with an offset that has a colon. Three
+// and six digits of fraction are kept; any other fraction is dropped. Lower-case letters, a leap
+// second, an offset without a colon, a fraction without a zone and a moment outside the years 1 to
+// 9999 in UTC are refused.
 [[nodiscard]] std::optional<Instant> parseISO8601(std::string_view text);
 
 // The same without any fraction: the form that isoWholeSeconds writes.

@@ -24,6 +24,21 @@ void makeIntegral(Json& json)
         json = static_cast<std::int64_t>(number);
 }
 
+// Where the string ends that begins with the quote at `open`; the end of the bytes when it does
+// not.
+std::size_t closingQuote(std::string_view bytes, std::size_t open)
+{
+    for (auto quote = bytes.find('"', open + 1); quote != std::string_view::npos;
+         quote = bytes.find('"', quote + 1)) {
+        std::size_t backslashes = 0;
+        while (bytes[quote - 1 - backslashes] == '\\') // which the opening quote ends
+            ++backslashes;
+        if (backslashes % 2 == 0)
+            return quote;
+    }
+    return bytes.size();
+}
+
 void escapeSlashes(std::string& text)
 {
     // A slash can stand only inside a string.
@@ -36,21 +51,22 @@ void escapeSlashes(std::string& text)
 bool isNestedWithin(std::string_view bytes, int limit)
 {
     int depth = 0;
-    bool inString = false;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const char c = bytes[i];
-        if (inString) {
-            if (c == '\\')
-                ++i;
-            else if (c == '"')
-                inString = false;
-        } else if (c == '"') {
-            inString = true;
-        } else if (c == '{' || c == '[') {
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        switch (bytes[at]) {
+        case '"':
+            at = closingQuote(bytes, at);
+            break;
+        case '{':
+        case '[':
             if (++depth > limit)
                 return false;
-        } else if (c == '}' || c == ']') {
+            break;
+        case '}':
+        case ']':
             --depth;
+            break;
+        default:
+            break;
         }
     }
     return true;
@@ -58,7 +74,8 @@ bool isNestedWithin(std::string_view bytes, int limit)
 
 std::optional<Json> parseJson(std::string_view bytes)
 {
-    if (!isNestedWithin(bytes, maxJsonDepth))
+    // The parser would take a zero byte for the end, and not look at what follows.
+    if (bytes.find('\0') != std::string_view::npos || !isNestedWithin(bytes, maxJsonDepth))
         return std::nullopt;
     Json json = Json::parse(bytes, nullptr, false);
     if (json.is_discarded())

@@ -40,7 +40,8 @@ std::string_view name(Tag tag)
 void log(Tag tag, std::string_view text)
 {
     const std::string line = fmt::format("[{}] {}\n", name(tag), Text::printable(text));
-    // One call a line keeps lines of different threads whole; a failed write has nobody to be told to.
+    // One call a line keeps lines of different threads whole; a failed write has nobody to be told
+    // to.
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
 }
 

@@ -21,7 +21,8 @@ SecretBytes::SecretBytes(std::size_t size)
     m_size = size;
 }
 
-SecretBytes::SecretBytes(std::string_view bytes) : SecretBytes(bytes.size())
+SecretBytes::SecretBytes(std::string_view bytes)
+    : SecretBytes(bytes.size())
 {
     std::copy(bytes.begin(), bytes.end(), m_data);
 }

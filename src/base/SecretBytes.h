@@ -6,8 +6,8 @@
 
 namespace vellumor {
 
-// Bytes that hold a secret: one owner, kept between guard pages and out of core dumps, wiped when released. It cannot
-// be copied, printed or compared.
+// Bytes that hold a secret: one owner, kept between guard pages and out of core dumps, wiped when
+// released. It cannot be copied, printed or compared.
 class SecretBytes {
 public:
     SecretBytes() = default;
@@ -21,7 +21,8 @@ public:
     SecretBytes& operator=(const SecretBytes&) = delete;
     ~SecretBytes();
 
-    // Forgets what lies behind the first `size` bytes; a size beyond the present one changes nothing.
+    // Forgets what lies behind the first `size` bytes; a size beyond the present one changes
+    // nothing.
     void shrink(std::size_t size);
 
     [[nodiscard]] std::span<char> bytes() { return {m_data, m_size}; }

@@ -37,7 +37,11 @@ std::optional<std::string> asString(const Json& json)
     return json.get_ref<const std::string&>();
 }
 
-StrictReader::StrictReader(const Json& json) : m_json(json), m_good(json.is_object()) {}
+StrictReader::StrictReader(const Json& json)
+    : m_json(json)
+    , m_good(json.is_object())
+{
+}
 
 const Json* StrictReader::find(const char* key) const
 {

@@ -9,15 +9,16 @@
 
 namespace vellumor {
 
-// One JSON value as a C++ value, with no conversion: a number is not a text, a boolean is not 1. A number with an
-// integral value (2.0) serves as an integer when it fits. Nothing when the type is another.
+// One JSON value as a C++ value, with no conversion: a number is not a text, a boolean is not 1. A
+// number with an integral value (2.0) serves as an integer when it fits. Nothing when the type is
+// another.
 [[nodiscard]] std::optional<bool> asBool(const Json& json);
 [[nodiscard]] std::optional<int> asInt(const Json& json);
 [[nodiscard]] std::optional<double> asDouble(const Json& json);
 [[nodiscard]] std::optional<std::string> asString(const Json& json);
 
-// Reads the fields of one object of a strict file: the first missing required key or wrong type spoils the whole
-// object. A null counts as absent.
+// Reads the fields of one object of a strict file: the first missing required key or wrong type
+// spoils the whole object. A null counts as absent.
 class StrictReader {
 public:
     // `json` is borrowed and outlives the reader. Anything but an object is bad from the start.
@@ -27,7 +28,8 @@ public:
     void required(const char* key, int& into) { require(key, into, asInt); }
     void required(const char* key, double& into) { require(key, into, asDouble); }
     void required(const char* key, std::string& into) { require(key, into, asString); }
-    void required(const char* key, Instant& into, std::optional<Instant> (*parse)(std::string_view));
+    void required(const char* key, Instant& into,
+                  std::optional<Instant> (*parse)(std::string_view));
 
     // An absent key leaves `into` as it is: its default.
     void optional(const char* key, bool& into) { allow(key, into, asBool); }

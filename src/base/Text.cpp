@@ -54,6 +54,26 @@ bool isSpace(utf8proc_int32_t c)
            category == UTF8PROC_CATEGORY_ZP;
 }
 
+std::string_view firstCharacter(std::string_view text)
+{
+    return text.substr(0, decodeFirst(text).size);
+}
+
+// From the last byte that can begin a character; of broken text perhaps more than one character.
+std::string_view lastCharacter(std::string_view text)
+{
+    std::size_t begin = text.size() - 1;
+    while (begin > 0 && (static_cast<unsigned char>(text[begin]) & 0xC0) == 0x80)
+        --begin;
+    return text.substr(begin);
+}
+
+bool isSpaceCharacter(std::string_view character)
+{
+    const Decoded decoded = decodeFirst(character);
+    return decoded.codePoint >= 0 && decoded.size == character.size() && isSpace(decoded.codePoint);
+}
+
 bool isLetterOrDigit(utf8proc_int32_t c)
 {
     switch (utf8proc_category(c)) {
@@ -93,6 +113,8 @@ bool isAscii(std::string_view text)
 
 bool isValidUtf8(std::string_view text)
 {
+    if (isAscii(text))
+        return true;
     bool valid = true;
     forEach(text, [&](utf8proc_int32_t c, std::string_view) { valid = valid && c >= 0; });
     return valid;
@@ -103,9 +125,10 @@ std::string composed(std::string_view text)
     if (isAscii(text))
         return std::string(text);
     utf8proc_uint8_t* mapped = nullptr;
-    const auto size = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                                   static_cast<utf8proc_ssize_t>(text.size()), &mapped,
-                                   static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
+    const auto size =
+        utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                     static_cast<utf8proc_ssize_t>(text.size()), &mapped,
+                     static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
     const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owned(mapped, &std::free);
     if (size < 0)
         return std::string(text);
@@ -114,17 +137,11 @@ std::string composed(std::string_view text)
 
 std::string_view trimmed(std::string_view text)
 {
-    std::size_t begin = text.size();
-    std::size_t end = 0;
-    std::size_t at = 0;
-    forEach(text, [&](utf8proc_int32_t c, std::string_view bytes) {
-        if (c < 0 || !isSpace(c)) {
-            begin = std::min(begin, at);
-            end = at + bytes.size();
-        }
-        at += bytes.size();
-    });
-    return begin < end ? text.substr(begin, end - begin) : std::string_view();
+    while (!text.empty() && isSpaceCharacter(firstCharacter(text)))
+        text.remove_prefix(firstCharacter(text).size());
+    while (!text.empty() && isSpaceCharacter(lastCharacter(text)))
+        text.remove_suffix(lastCharacter(text).size());
+    return text;
 }
 
 std::string capitalised(std::string_view text)

@@ -14,8 +14,8 @@ namespace vellumor::Text {
 // Without white space and line ends at both ends.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
-// Each word begins in upper case and goes on in lower case. A word begins at the start and behind every character that
-// is neither letter nor digit.
+// Each word begins in upper case and goes on in lower case. A word begins at the start and behind
+// every character that is neither letter nor digit.
 [[nodiscard]] std::string capitalised(std::string_view text);
 
 // The first character in upper case, the rest as it is.
@@ -24,8 +24,8 @@ namespace vellumor::Text {
 // How many code points; text that is not valid UTF-8 counts bytes where it breaks.
 [[nodiscard]] std::size_t length(std::string_view text);
 
-// Fit for one line on a terminal: control characters, line and paragraph separators, and the marks that reorder text
-// are replaced by U+FFFD, and so is what is not valid UTF-8.
+// Fit for one line on a terminal: control characters, line and paragraph separators, and the marks
+// that reorder text are replaced by U+FFFD, and so is what is not valid UTF-8.
 [[nodiscard]] std::string printable(std::string_view text);
 
 // `text` with every `from` replaced by `to`. An empty `from` changes nothing.

@@ -32,13 +32,13 @@ struct HttpAnswer {
     std::string problem;                   // never holds a header
 };
 
-// Sends requests over the network. Main thread only. Nothing is cached or kept on disk, no cookie is sent twice, TLS is
-// always verified. A request ends 15 seconds after the last byte that moved, and 120 seconds after its start in any
-// case. A redirect is followed, to http and https alone, 20 times at most; the token goes along only as
-// RedirectPolicy says.
+// Sends requests over the network. Main thread only. Nothing is cached or kept on disk, no cookie
+// is sent twice, TLS is always verified. A request ends 15 seconds after the last byte that moved,
+// and 120 seconds after its start in any case. A redirect is followed, to http and https alone, 20
+// times at most; the token goes along only as RedirectPolicy says.
 class HttpTransport {
 public:
-    static constexpr std::size_t maxBodySize = 4U * 1024 * 1024;
+    static constexpr std::size_t maxBodySize = std::size_t{4} * 1024 * 1024;
 
     virtual ~HttpTransport() = default;
     [[nodiscard]] virtual Task<HttpAnswer> get(HttpRequest request) = 0;

@@ -7,8 +7,9 @@
 
 namespace vellumor {
 
-// What reading one credential item gave, in the terms of the command-line tool that reads such items on the desktop
-// where they come from: both sources on Linux answer in them, so that one decoding step serves both.
+// What reading one credential item gave, in the terms of the command-line tool that reads such
+// items on the desktop where they come from: both sources on Linux answer in them, so that one
+// decoding step serves both.
 struct RawCredential {
     static constexpr int found = 0;
     static constexpr int absent = 44;
@@ -19,18 +20,19 @@ struct RawCredential {
     SecretBytes secret;  // only when found
 };
 
-// The desktop's keyring. Every call may block for seconds, never asks the user anything, never unlocks, and may come
-// from any thread but the main one.
+// The desktop's keyring. Every call may block for seconds, never asks the user anything, never
+// unlocks, and may come from any thread but the main one.
 class Keyring {
 public:
     virtual ~Keyring() = default;
 
-    // The `service` attributes of all items, in any order; besides, those of `expected` that have an item, which a
-    // keyring that was never unlocked does not list. Never reads a secret.
+    // The `service` attributes of all items, in any order; besides, those of `expected` that have
+    // an item, which a keyring that was never unlocked does not list. Never reads a secret.
     [[nodiscard]] virtual std::vector<std::string>
     services(const std::vector<std::string>& expected) = 0;
 
-    // The secret of the item whose attribute `service` is this one. A locked item is `denied` at once.
+    // The secret of the item whose attribute `service` is this one. A locked item is `denied` at
+    // once.
     [[nodiscard]] virtual RawCredential read(const std::string& service) = 0;
 };
 

@@ -26,12 +26,13 @@ bool present(const std::string& path)
 
 std::optional<std::string> entryComposedAs(const std::string& folder, const std::string& name)
 {
+    const std::string wanted = Text::composed(name);
     std::optional<std::string> found;
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
         std::string candidate = entry->path().filename().string();
-        if (Text::composed(candidate) == name && (!found || candidate < *found))
+        if (Text::composed(candidate) == wanted && (!found || candidate < *found))
             found = std::move(candidate);
     }
     return found;

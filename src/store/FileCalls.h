@@ -6,8 +6,8 @@
 
 namespace vellumor {
 
-// The system calls by which a file comes to stand on disk. Tests hand in ones that fail at a chosen moment; each call
-// behaves as its namesake of POSIX, errno included.
+// The system calls by which a file comes to stand on disk. Tests hand in ones that fail at a chosen
+// moment; each call behaves as its namesake of POSIX, errno included.
 class FileCalls {
 public:
     virtual ~FileCalls() = default;

@@ -10,8 +10,14 @@ namespace vellumor {
 class FileHandle {
 public:
     FileHandle() = default;
-    explicit FileHandle(int descriptor) : m_descriptor(descriptor) {}
-    FileHandle(FileHandle&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    explicit FileHandle(int descriptor)
+        : m_descriptor(descriptor)
+    {
+    }
+    FileHandle(FileHandle&& other) noexcept
+        : m_descriptor(std::exchange(other.m_descriptor, -1))
+    {
+    }
     FileHandle& operator=(FileHandle&& other) noexcept
     {
         std::swap(m_descriptor, other.m_descriptor);

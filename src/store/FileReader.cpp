@@ -44,8 +44,8 @@ OpenedFile failed(int error)
 OpenedFile openRegular(const std::string& path, std::size_t limit)
 {
     // Without O_NONBLOCK, opening a pipe would wait for its writer.
-    FileHandle handle(::open(DiskPath::spelled(path).c_str(),
-                             O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    FileHandle handle(
+        ::open(DiskPath::spelled(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!handle.valid())
         return failed(errno);
     struct stat status {};
@@ -85,7 +85,8 @@ FileContents readFile(const std::string& path, std::size_t limit)
     OpenedFile file = openRegular(path, limit);
     if (file.status != ReadStatus::ok)
         return {file.status, {}, file.error};
-    // Writers replace files whole, so the size told at opening is the size; a file that grows is cut there.
+    // Writers replace files whole, so the size told at opening is the size; a file that grows is
+    // cut there.
     std::string bytes(file.size, '\0');
     const ssize_t size = readInto(file.handle, bytes);
     if (size < 0)

@@ -8,7 +8,7 @@
 namespace vellumor {
 
 // Larger files are not read: nothing that the program reads comes near it.
-inline constexpr std::size_t maxFileSize = 8U * 1024 * 1024;
+inline constexpr std::size_t maxFileSize = std::size_t{8} * 1024 * 1024;
 
 enum class ReadStatus {
     ok,
@@ -29,8 +29,8 @@ struct SecretFileContents {
     int error = 0;
 };
 
-// Reads a whole regular file. A folder, pipe, device or socket is unreadable, and never blocks the caller. A name in
-// another Unicode composition than the one on disk finds its file.
+// Reads a whole regular file. A folder, pipe, device or socket is unreadable, and never blocks the
+// caller. A name in another Unicode composition than the one on disk finds its file.
 [[nodiscard]] FileContents readFile(const std::string& path, std::size_t limit = maxFileSize);
 
 // The same into guarded memory; no other copy of the bytes is left in the process.

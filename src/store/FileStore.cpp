@@ -38,7 +38,7 @@ std::string nameOf(const std::string& path)
 // Of what is there, links excepted.
 void setMode(const std::string& path, mode_t mode)
 {
-    ::fchmodat(AT_FDCWD, path.c_str(), mode, AT_SYMLINK_NOFOLLOW);
+    std::ignore = ::fchmodat(AT_FDCWD, path.c_str(), mode, AT_SYMLINK_NOFOLLOW);
 }
 
 Json readObject(const std::string& path)
@@ -64,14 +64,21 @@ void backoff(int attempt)
 {
     // Between 1 and attempt x 4 ms, so that two writers do not meet again at the same moment.
     const auto most = static_cast<std::uint32_t>(attempt) * 4000U;
-    std::this_thread::sleep_for(std::chrono::microseconds(1000U + SecureRandom::below(most - 999U)));
+    std::this_thread::sleep_for(
+        std::chrono::microseconds(1000U + SecureRandom::below(most - 999U)));
 }
 
 } // namespace
 
-FileStore::FileStore() : FileStore(systemCalls) {}
+FileStore::FileStore()
+    : FileStore(systemCalls)
+{
+}
 
-FileStore::FileStore(const FileCalls& calls) : m_calls(calls) {}
+FileStore::FileStore(const FileCalls& calls)
+    : m_calls(calls)
+{
+}
 
 void FileStore::ensureDirectory(const std::string& path) const
 {
@@ -101,18 +108,19 @@ bool FileStore::writeAll(int file, std::string_view bytes) const
     return true;
 }
 
-std::optional<std::string> FileStore::writeTemp(std::string_view bytes, const std::string& path) const
+std::optional<std::string> FileStore::writeTemp(std::string_view bytes,
+                                                const std::string& path) const
 {
     const std::string folder = folderOf(path);
     ensureDirectory(folder);
-    std::string temp = fmt::format("{}/.{}.{}.{}.tmp", folder, nameOf(path), ::getpid(),
-                                   SecureRandom::uuid());
+    std::string temp =
+        fmt::format("{}/.{}.{}.{}.tmp", folder, nameOf(path), ::getpid(), SecureRandom::uuid());
     FileHandle file(m_calls.create(temp.c_str(), filePermissions));
     if (!file.valid())
         return std::nullopt;
-    // The umask may have taken bits of the owner's own; on disk before the rename, so that a power cut cannot leave
-    // the new name with old or no bytes.
-    ::fchmod(file.get(), filePermissions);
+    // The umask may have taken bits of the owner's own; on disk before the rename, so that a power
+    // cut cannot leave the new name with old or no bytes.
+    std::ignore = ::fchmod(file.get(), filePermissions);
     if (!writeAll(file.get(), bytes) || m_calls.fsync(file.get()) != 0) {
         ::unlink(temp.c_str());
         return std::nullopt;

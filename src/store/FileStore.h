@@ -11,9 +11,10 @@
 
 namespace vellumor {
 
-// How every file of the program reaches the disk. A reader never sees a half-written file, nothing written is readable
-// by another user, a power cut leaves the old or the new file whole, and cooperating programs can update one JSON file
-// without a lock. Stateless: one instance serves all threads. No failure is reported but by the results below.
+// How every file of the program reaches the disk. A reader never sees a half-written file, nothing
+// written is readable by another user, a power cut leaves the old or the new file whole, and
+// cooperating programs can update one JSON file without a lock. Stateless: one instance serves all
+// threads. No failure is reported but by the results below.
 class FileStore {
 public:
     static constexpr mode_t filePermissions = 0600;
@@ -31,7 +32,8 @@ public:
     enum class UpdateOutcome {
         written,            // replaced, and nobody had come between
         noChange,           // `delta` gave nothing to write
-        refusedNewerSchema, // the file is of a newer version than the caller knows; it is left alone
+        refusedNewerSchema, // the file is of a newer version than the caller knows; it is left
+                            // alone
         lastWriterWins,     // the attempts ran out; the last write went through all the same
         failed,
     };
@@ -42,35 +44,36 @@ public:
     struct Update {
         std::optional<int> currentSchemaVersion; // absent: never refuses
         std::string schemaVersionKey = "schemaVersion";
-        int maxAttempts = 3;   // at least one attempt is made
-        AfterRead onAfterRead; // between the read and the compare; for tests that provoke a conflict
+        int maxAttempts = 3; // at least one attempt is made
+        AfterRead
+            onAfterRead; // between the read and the compare; for tests that provoke a conflict
     };
 
     FileStore();
     // `calls` outlives the store.
     explicit FileStore(const FileCalls& calls);
 
-    // Makes the folder with all missing parents, or sets the mode of one that is there. A link is used, but the folder
-    // behind it keeps its mode.
+    // Makes the folder with all missing parents, or sets the mode of one that is there. A link is
+    // used, but the folder behind it keeps its mode.
     void ensureDirectory(const std::string& path) const;
 
     // For a file that only this process writes: replaces it whole. True when it stands.
     bool write(std::string_view bytes, const std::string& path) const;
 
-    // For a file that others write too: read, change, compare, rename. `delta` gets the object as it stands (empty when
-    // the file is missing or broken), gives the new one or nothing, and may be called maxAttempts + 1 times. Sleeps the
-    // caller up to 12 ms after a lost race.
+    // For a file that others write too: read, change, compare, rename. `delta` gets the object as
+    // it stands (empty when the file is missing or broken), gives the new one or nothing, and may
+    // be called maxAttempts + 1 times. Sleeps the caller up to 12 ms after a lost race.
     UpdateOutcome updateJSONObject(const std::string& path, const Update& update,
                                    const Delta& delta) const;
 
-    // Sets every folder below and including `root` to dirPermissions and every other entry to filePermissions. Links
-    // are neither changed nor followed.
+    // Sets every folder below and including `root` to dirPermissions and every other entry to
+    // filePermissions. Links are neither changed nor followed.
     void healTree(const std::string& root) const;
 
     [[nodiscard]] Fingerprint fingerprint(const std::string& path) const;
 
-    // `delta` over `base`, two levels deep: a null removes, an object over an object merges its fields, where a null
-    // removes again and anything else replaces.
+    // `delta` over `base`, two levels deep: a null removes, an object over an object merges its
+    // fields, where a null removes again and anything else replaces.
     [[nodiscard]] static Json mergeAtKeyLevel(Json base, const Json& delta);
 
 private:

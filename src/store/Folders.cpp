@@ -38,9 +38,11 @@ std::string homeOfUser()
 Folders Folders::fromEnvironment(const Environment& environment)
 {
     Folders folders;
-    folders.home = Text::composed(absolute(environment, "HOME").value_or(homeOfUser()));
-    folders.data = absolute(environment, "XDG_DATA_HOME").value_or(folders.home + "/.local/share");
-    folders.config = absolute(environment, "XDG_CONFIG_HOME").value_or(folders.home + "/.config");
+    const std::string home = absolute(environment, "HOME").value_or(homeOfUser());
+    folders.home = Text::composed(home);
+    // Files are made below these, so they keep the spelling of the disk.
+    folders.data = absolute(environment, "XDG_DATA_HOME").value_or(home + "/.local/share");
+    folders.config = absolute(environment, "XDG_CONFIG_HOME").value_or(home + "/.config");
     return folders;
 }
 

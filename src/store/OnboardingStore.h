@@ -30,7 +30,8 @@ public:
     void setCurrent(const OnboardingState& state); // writes at once
     [[nodiscard]] const OnboardingState& current() const { return m_current; }
 
-    // VELLUMOR_ONBOARDING decides first: "show" or "skip"; otherwise the flow is shown until it was completed once.
+    // VELLUMOR_ONBOARDING decides first: "show" or "skip"; otherwise the flow is shown until it was
+    // completed once.
     [[nodiscard]] bool shouldShow(const Environment& environment) const;
 
 private:

@@ -59,13 +59,14 @@ void readThresholds(StrictReader& reader, std::map<std::string, double>& thresho
     const Json* json = reader.find("customThresholds");
     if (json == nullptr)
         return;
-    StrictReader values(*json);
-    if (values.good()) {
-        for (const auto& [id, value] : json->items())
-            values.required(id.c_str(), thresholds[id]);
+    if (!json->is_object())
+        return reader.fail();
+    for (const auto& [id, value] : json->items()) {
+        const auto percent = asDouble(value);
+        if (!percent)
+            return reader.fail();
+        thresholds[id] = *percent;
     }
-    if (!values.good())
-        reader.fail();
 }
 
 } // namespace

@@ -10,8 +10,8 @@ namespace vellumor {
 
 enum class MenuBarMode { bars, numbers };
 
-// The user's settings. The names of the fields are the keys of preferences.json; a key that is missing there takes the
-// default given here.
+// The user's settings. The names of the fields are the keys of preferences.json; a key that is
+// missing there takes the default given here.
 struct Preferences {
     int schemaVersion = 1;
     MenuBarMode menuBarMode = MenuBarMode::bars;

@@ -7,8 +7,8 @@
 
 namespace vellumor {
 
-// The current settings; each change is written at once. Main thread only. A file that is missing, broken or of a newer
-// version counts as the defaults, and is replaced by the first change.
+// The current settings; each change is written at once. Main thread only. A file that is missing,
+// broken or of a newer version counts as the defaults, and is replaced by the first change.
 class PreferencesStore {
 public:
     // Loads; creates nothing. `files` outlives the store.

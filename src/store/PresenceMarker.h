@@ -4,8 +4,9 @@
 #include <string>
 #include <string_view>
 
-// PresenceMarker: the mark that each application of the toolkit leaves in the shared folder, presence/<name>.json.
-// `base` is that shared folder. Reading never creates anything; every failure means that nobody is there.
+// PresenceMarker: the mark that each application of the toolkit leaves in the shared folder,
+// presence/<name>.json. `base` is that shared folder. Reading never creates anything; every failure
+// means that nobody is there.
 namespace vellumor::PresenceMarker {
 
 struct Presence {

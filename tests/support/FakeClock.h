@@ -16,10 +16,14 @@ inline Instant instant(std::string_view text)
     return Format::parseISO8601(text).value();
 }
 
-// Time that moves only when it is told to. Alarms that fall due are called in the order of their moments.
+// Time that moves only when it is told to. Alarms that fall due are called in the order of their
+// moments.
 class FakeClock final : public Clock {
 public:
-    explicit FakeClock(Instant at = instant("2026-03-29T00:59:59Z")) : m_now(at) {}
+    explicit FakeClock(Instant at = instant("2026-03-29T00:59:59Z"))
+        : m_now(at)
+    {
+    }
 
     [[nodiscard]] Instant now() const override { return m_now; }
     [[nodiscard]] std::unique_ptr<Alarm> after(std::chrono::milliseconds delay,
@@ -54,7 +58,9 @@ private:
 
     class FakeAlarm final : public Alarm {
     public:
-        FakeAlarm(std::shared_ptr<Pending> pending, Key key) : m_pending(std::move(pending)), m_key(key)
+        FakeAlarm(std::shared_ptr<Pending> pending, Key key)
+            : m_pending(std::move(pending))
+            , m_key(key)
         {
         }
         FakeAlarm(const FakeAlarm&) = delete;

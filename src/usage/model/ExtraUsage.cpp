@@ -9,7 +9,8 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostDecimalPlaces = 12; // no currency has more than 4; a hostile number must not fill the screen
+constexpr int mostDecimalPlaces =
+    12; // no currency has more than 4; a hostile number must not fill the screen
 
 } // namespace
 

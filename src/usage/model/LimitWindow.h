@@ -10,9 +10,9 @@ namespace vellumor {
 
 // One limit of an account, as it stood at one moment.
 struct LimitWindow {
-    std::string kind;    // the endpoint's own name: "session", "weekly_all", "seven_day_opus", ...
-    std::string group;   // "session", "weekly", or empty
-    double percent = 0;  // on the endpoint's scale; may exceed 100
+    std::string kind;   // the endpoint's own name: "session", "weekly_all", "seven_day_opus", ...
+    std::string group;  // "session", "weekly", or empty
+    double percent = 0; // on the endpoint's scale; may exceed 100
     std::string severity = "normal"; // not kept on disk
     std::optional<Instant> resetsAt;
     bool isActive = false;

@@ -16,7 +16,8 @@ const Json* member(const Json& json, const char* key)
 
 // The value under `key` if it is there and has the type that `convert` asks for.
 template <typename T>
-std::optional<T> tolerant(const Json& json, const char* key, std::optional<T> (*convert)(const Json&))
+std::optional<T> tolerant(const Json& json, const char* key,
+                          std::optional<T> (*convert)(const Json&))
 {
     const Json* found = member(json, key);
     return found != nullptr ? convert(*found) : std::nullopt;
@@ -39,7 +40,8 @@ std::optional<std::string> nonEmpty(std::optional<std::string> name)
     return name;
 }
 
-// A bare name ends the search, an empty one too; otherwise the model's name if it has one, else the surface's.
+// A bare name ends the search, an empty one too; otherwise the model's name if it has one, else the
+// surface's.
 std::optional<std::string> scopeName(const Json* scope)
 {
     if (scope == nullptr)

@@ -9,8 +9,8 @@
 
 namespace vellumor {
 
-// The wire form of the usage endpoint's answer. Everything is optional, and a value of the wrong type counts as absent.
-// Private to this folder: the rest of the program knows Usage alone.
+// The wire form of the usage endpoint's answer. Everything is optional, and a value of the wrong
+// type counts as absent. Private to this folder: the rest of the program knows Usage alone.
 class RawUsage {
 public:
     struct Limit {
@@ -29,7 +29,10 @@ public:
     };
 
     // `json` is an object, borrowed, and outlives this.
-    explicit RawUsage(const Json& json) : m_json(json) {}
+    explicit RawUsage(const Json& json)
+        : m_json(json)
+    {
+    }
 
     // One element a row of "limits"; a row that is no object has nothing in it.
     [[nodiscard]] std::vector<Limit> limits() const;

@@ -8,8 +8,8 @@ namespace vellumor {
 
 namespace SharedLists {
 
-// SHA-256 of each kind that must never reach the user, the history or telemetry. The kinds themselves are nowhere in
-// the program.
+// SHA-256 of each kind that must never reach the user, the history or telemetry. The kinds
+// themselves are nowhere in the program.
 inline constexpr std::array<std::string_view, 8> suppressedKindHashes = {
     "25220735ae27540c0aa89c8f8cb678be31212c528af1c24e0c40dbd46e1b2588",
     "5aa29a9fbc9866e9460f549453ca87ed9d798b03c5dca4dfb90ecb342e704391",

@@ -33,9 +33,10 @@ struct Usage {
         std::string description;
     };
 
-    // The usage endpoint's answer, of its present shape (rows under "limits"), its older one (one object a limit), or
-    // both. Only a body that is no JSON object, or is nested too deep, is an error: below the top level a value of the
-    // wrong type counts as absent. Rows of a kind in `suppressed` are left out.
+    // The usage endpoint's answer, of its present shape (rows under "limits"), its older one (one
+    // object a limit), or both. Only a body that is no JSON object, or is nested too deep, is an
+    // error: below the top level a value of the wrong type counts as absent. Rows of a kind in
+    // `suppressed` are left out.
     [[nodiscard]] static std::variant<Usage, DecodeError>
     decode(std::string_view bytes, Instant fetchedAt,
            SuppressedKinds::Digests suppressed = SharedLists::suppressedKindHashes);

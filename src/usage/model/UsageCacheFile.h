@@ -11,7 +11,8 @@
 
 namespace vellumor {
 
-// A reading on disk, in the form that the sibling application reads and writes too. Severity is left behind.
+// A reading on disk, in the form that the sibling application reads and writes too. Severity is
+// left behind.
 struct UsageCacheFile {
     struct CachedWindow {
         std::string kind;
@@ -27,7 +28,8 @@ struct UsageCacheFile {
     Instant fetchedAt{};
     std::vector<CachedWindow> windows;
     std::optional<ExtraUsage> extraUsage;
-    std::optional<Instant> backoffUntil; // until when the writer does not call the endpoint for this account
+    std::optional<Instant>
+        backoffUntil; // until when the writer does not call the endpoint for this account
     std::optional<std::string> source;
     std::optional<std::string> sourceVersion;
 
@@ -36,7 +38,8 @@ struct UsageCacheFile {
     // What this program writes of a reading.
     [[nodiscard]] static UsageCacheFile of(const Usage& usage, std::optional<Instant> backoffUntil);
 
-    // The reading that it restores, without rows of a kind in `suppressed`: a sibling may have written one.
+    // The reading that it restores, without rows of a kind in `suppressed`: a sibling may have
+    // written one.
     [[nodiscard]] Usage
     usage(SuppressedKinds::Digests suppressed = SharedLists::suppressedKindHashes) const;
 
@@ -45,8 +48,8 @@ struct UsageCacheFile {
         std::string description;
     };
 
-    // Strict: a missing required key, a wrong type or a bad date makes the whole file an error. Any version decodes; the
-    // reader judges it.
+    // Strict: a missing required key, a wrong type or a bad date makes the whole file an error. Any
+    // version decodes; the reader judges it.
     [[nodiscard]] static std::variant<UsageCacheFile, DecodeError> decode(const Json& json);
     [[nodiscard]] static std::variant<UsageCacheFile, DecodeError> decode(std::string_view bytes);
 

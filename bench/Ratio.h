@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vellumor::bench {
+
+// One thing that the program does, beside the least that doing it could cost.
+struct Comparison {
+    std::string name;
+    std::function<void()> ours;
+    std::function<void()> bare;
+    int rounds = 0;      // how often each is timed; they take turns
+    int callsARound = 1; // so many calls are timed together, since one may be too short
+    double limit = 0;    // the highest ratio that is good
+};
+
+struct Medians {
+    double oursMicroseconds = 0; // of one call
+    double bareMicroseconds = 0;
+    [[nodiscard]] double ratio() const { return oursMicroseconds / bareMicroseconds; }
+};
+
+// Times both in turns, so that whatever else the machine does meets both.
+[[nodiscard]] Medians measure(const Comparison& comparison);
+
+[[nodiscard]] std::vector<Comparison> usageDecoding();
+[[nodiscard]] std::vector<Comparison> fileWriting(const std::string& folder);
+[[nodiscard]] std::vector<Comparison> accountDiscovery(const std::string& folder);
+
+} // namespace vellumor::bench

@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# demo.sh BUILD_FOLDER: prints the report of a made-up home with an account in each state, on a bus and a keyring of its
+# own, with a usage endpoint on 127.0.0.1. Leaves nothing behind.
+set -euo pipefail
+
+# The service under which Claude Code keeps the credential of a config directory that is not the default one.
+service_of() { printf 'Claude Code-credentials-%.8s' "$(printf %s "$1" | sha256sum)"; }
+
+# credential TOKEN EXPIRES_AT_MS PLAN: the JSON that Claude Code keeps.
+credential() {
+    printf '{"claudeAiOauth":{"accessToken":"%s","refreshToken":"","expiresAt":%s,"subscriptionType":"%s"}}' "$@"
+}
+
+# identity FOLDER_OR_FILE NAME ORGANISATION_TYPE
+identity() {
+    printf '{"oauthAccount":{"emailAddress":"%s@demo.invalid","organizationName":"Demo","organizationType":"%s"}}' \
+        "$2" "$3" >"$1"
+}
+
+make_accounts() {
+    local now later
+    now=$(date +%s%3N)
+    later=$((now + 8 * 3600 * 1000))
+    mkdir -p "$HOME"/.claude{,-work,-old,-left,-new}
+    # The default directory, whose identity file lies beside it: readable from a file.
+    credential demonstration-token-in-a-file "$later" max >"$HOME/.claude/.credentials.json"
+    identity "$HOME/.claude.json" anna claude_max
+    # Readable from the keyring.
+    identity "$HOME/.claude-work/.claude.json" ben claude_team
+    credential demonstration-token-in-the-keyring "$later" team |
+        secret-tool store --label='Claude Code' service "$(service_of "$HOME/.claude-work")"
+    # Expired, signed out, and never signed in.
+    credential demonstration-token-expired $((now - 3600 * 1000)) pro >"$HOME/.claude-old/.credentials.json"
+    identity "$HOME/.claude-old/.claude.json" carl claude_pro
+    credential "" 0 pro >"$HOME/.claude-left/.credentials.json"
+    identity "$HOME/.claude-left/.claude.json" dora claude_pro
+    identity "$HOME/.claude-new/.claude.json" emil claude_pro
+    chmod 600 "$HOME"/.claude*/.credentials.json
+}
+
+inside() {
+    local build=$1 port
+    printf '\n' | gnome-keyring-daemon --unlock --components=secrets >/dev/null 2>&1
+    make_accounts
+    coproc SERVER { exec "$build/tests/demo/vellumor-usage-server"; }
+    read -r port <&"${SERVER[0]}"
+    VELLUMOR_API_BASE="http://127.0.0.1:$port" VELLUMOR_DIAG=1 "$build/src/app/vellumor"
+    kill "$SERVER_PID"
+}
+
+if [[ ${1-} == --inside ]]; then
+    inside "$2"
+    exit
+fi
+
+build=$(cd "$1" && pwd)
+world=$(mktemp -d)
+trap 'sleep 0.3; rm -rf "$world"' EXIT # the keyring ends a moment after its bus
+mkdir -p "$world/home" "$world/run"
+chmod 700 "$world/run"
+# Nothing of the user's own session reaches the made-up one.
+env -i PATH="$PATH" LANG=C.UTF-8 HOME="$world/home" XDG_RUNTIME_DIR="$world/run" \
+    dbus-run-session -- bash "$0" --inside "$build" 2> >(grep -v "Failed to set fd limit" >&2)

@@ -1,0 +1,42 @@
+# Sourced by the scripts: Debian packages that they need, and their installing.
+
+# What each job needs. ca-certificates: without it no TLS certificate can be verified.
+packages_build=(
+    g++ cmake ninja-build pkg-config ca-certificates
+    qt6-base-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libfmt-dev libsodium-dev libutf8proc-dev
+    libre2-dev libsecret-1-dev
+)
+packages_world=(dbus dbus-bin dbus-daemon gnome-keyring libsecret-tools libglib2.0-bin)
+packages_test=(
+    "${packages_world[@]}"
+    libgtest-dev libbenchmark-dev openssl python3 python3-gi python3-dbus git procps
+    clang libclang-rt-14-dev clang-format clang-tidy-16
+)
+
+# install_packages NAME...: installs those that are missing, as root or through sudo, after saying which. Fails with a
+# clear message where it may not.
+install_packages() {
+    local missing=() name
+    for name in "$@"; do
+        if ! dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null | grep -qx installed; then
+            missing+=("$name")
+        fi
+    done
+    ((${#missing[@]})) || return 0
+    if ! command -v apt-get >/dev/null; then
+        echo "This needs the following Debian packages, or what they hold: ${missing[*]}" >&2
+        return 1
+    fi
+    local as_root=()
+    if ((EUID != 0)); then
+        if ! command -v sudo >/dev/null; then
+            echo "Please have these packages installed first: apt-get install ${missing[*]}" >&2
+            return 1
+        fi
+        as_root=(sudo)
+    fi
+    echo "Installing: ${missing[*]}" >&2
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}

@@ -1,0 +1,55 @@
+#include "app/ApplicationMode.h"
+
+#include "app/Startup.h"
+#include "base/Log.h"
+#include "platform/linux/SingleCopy.h"
+#include "store/FileStore.h"
+#include "store/Folders.h"
+
+#include <QCoreApplication>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vellumor {
+
+namespace {
+
+std::optional<unsigned> ownerOf(const std::string& path)
+{
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return status.st_uid;
+}
+
+void onActivate(const std::string&)
+{
+    log(Tag::main, "started again — there is nothing to show yet");
+}
+
+} // namespace
+
+int runApplicationMode(int argc, char** argv, const Environment& environment)
+{
+    const Folders folders = Folders::fromEnvironment(environment);
+    if (Startup::isForeignRoot(::geteuid(), ownerOf(folders.home))) {
+        log(Tag::main, "running as root in another user's home — cannot start");
+        return 1;
+    }
+    QCoreApplication application(argc, argv);
+    const FileStore files;
+    SingleCopy copy(files, folders.vellumor() + "/.lock", environment);
+    switch (Startup::begin(copy, environment, onActivate)) {
+    case Startup::Outcome::handedOver:
+        return 0;
+    case Startup::Outcome::noDisplay:
+        return 1;
+    case Startup::Outcome::run:
+        break;
+    }
+    log(Tag::main, "running — there is no status item yet");
+    return QCoreApplication::exec();
+}
+
+} // namespace vellumor

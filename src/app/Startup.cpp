@@ -1,0 +1,53 @@
+#include "app/Startup.h"
+
+#include "base/Log.h"
+
+#include <fmt/format.h>
+
+namespace vellumor::Startup {
+
+namespace {
+
+Outcome handOver(SingleInstance& instance, int pid)
+{
+    instance.activateOther();
+    log(Tag::main, fmt::format("another Vellumor (pid {}) is already running — handing over", pid));
+    return Outcome::handedOver;
+}
+
+} // namespace
+
+Mode mode(const Environment& environment)
+{
+    return value(environment, "VELLUMOR_DIAG") == "1" ? Mode::diagnostics : Mode::application;
+}
+
+bool isForeignRoot(unsigned effectiveUser, std::optional<unsigned> homeOwner)
+{
+    return effectiveUser == 0 && homeOwner && *homeOwner != 0;
+}
+
+bool hasDisplay(const Environment& environment)
+{
+    for (const char* name : {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (value(environment, name))
+            return true;
+    }
+    return false;
+}
+
+Outcome begin(SingleInstance& instance, const Environment& environment,
+              std::function<void(const std::string& activationToken)> onActivate)
+{
+    if (const auto pid = instance.otherCopy())
+        return handOver(instance, *pid);
+    if (!hasDisplay(environment)) {
+        log(Tag::main, "no display — cannot start");
+        return Outcome::noDisplay;
+    }
+    if (const auto pid = instance.claim(std::move(onActivate)))
+        return handOver(instance, *pid); // two starts at the same moment
+    return Outcome::run;
+}
+
+} // namespace vellumor::Startup

@@ -1,0 +1,64 @@
+#include "diagnostics/Diagnostics.h"
+
+#include "diagnostics/ReportText.h"
+
+#include <utility>
+
+namespace vellumor {
+
+Diagnostics::Diagnostics(Worker& worker, UsageClient& client, const Clock& clock, Folders folders,
+                         Gather gather, Print print)
+    : m_worker(worker)
+    , m_client(client)
+    , m_clock(clock)
+    , m_folders(std::move(folders))
+    , m_gather(std::move(gather))
+    , m_print(std::move(print))
+{
+}
+
+Task<> Diagnostics::run()
+{
+    m_print(ReportText::banner());
+    auto gather = [this] { return m_gather(); };
+    const Findings findings = co_await m_worker.run(std::move(gather));
+    const Redaction redaction(m_folders.home, findings.accounts);
+    printWorld(findings, redaction);
+    for (const DiscoveredFacts& facts : findings.accounts)
+        co_await printAccount(facts, &redaction);
+    m_print(ReportText::unmatchedHeading(findings.unmatched.size()));
+    for (const DiscoveredFacts& item : findings.unmatched)
+        m_print(ReportText::account(*item.resolvedService, item, m_clock.now(), redaction));
+    m_print(ReportText::stagger(findings.preferences.userInterval, findings.pollable));
+    m_print(ReportText::rateLimitLog(findings.rateLimitLines, redaction));
+}
+
+void Diagnostics::printWorld(const Findings& findings, const Redaction& redaction)
+{
+    m_print(ReportText::noCrashes(redaction.shown(m_folders.crashReports())));
+    m_print(ReportText::noTelemetry());
+    m_print(ReportText::presence(findings.ownPresence, findings.siblingPresence));
+    m_print(ReportText::onboarding(findings.onboarding, findings.shouldShowOnboarding));
+    m_print(ReportText::revival(findings.preferences, std::nullopt, redaction));
+    m_print(ReportText::keychain(findings.services.size()));
+    m_print(ReportText::home(findings.configDirs));
+    m_print(ReportText::discovery(findings.accounts.size()));
+}
+
+Task<> Diagnostics::printAccount(DiscoveredFacts facts, const Redaction* redaction)
+{
+    m_print(ReportText::account(facts.configDir, facts, m_clock.now(), *redaction));
+    m_print(ReportText::noCaches());
+    if (facts.tokenStatus != TokenStatus::readable) {
+        m_print(ReportText::usageSkipped(facts.tokenStatus));
+        co_return;
+    }
+    Account account;
+    account.configDir = facts.configDir;
+    account.resolvedService = facts.resolvedService;
+    account.tokenStatus = facts.tokenStatus;
+    const FetchResult result = co_await m_client.fetch(std::move(account));
+    m_print(ReportText::usage(result, m_clock.now(), *redaction));
+}
+
+} // namespace vellumor

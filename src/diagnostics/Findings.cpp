@@ -1,0 +1,89 @@
+#include "diagnostics/Findings.h"
+
+#include "accounts/AccountDiscovery.h"
+#include "store/FileReader.h"
+#include "store/FileStore.h"
+#include "store/PreferencesStore.h"
+#include "usage/RateLimitLog.h"
+
+#include <algorithm>
+
+namespace vellumor {
+
+namespace {
+
+constexpr int rateLimitLinesShown = 5;
+
+StoredAccounts readRecords(const Folders& folders)
+{
+    const FileContents contents = readFile(folders.vellumor() + "/accounts.json");
+    return contents.status == ReadStatus::ok ? decodeStoredAccounts(contents.bytes)
+                                             : StoredAccounts();
+}
+
+bool isPollable(const DiscoveredFacts& facts, const StoredAccounts& records)
+{
+    const auto record = records.find(facts.configDir);
+    const bool wanted =
+        record == records.end() || (record->second.tracked && !record->second.isRemoved());
+    return wanted && facts.tokenStatus == TokenStatus::readable;
+}
+
+std::vector<DiscoveredFacts> unmatchedOf(const Findings& findings, const KeychainReader& keychain)
+{
+    std::vector<DiscoveredFacts> unmatched;
+    for (const std::string& service : findings.services) {
+        const auto selected = [&](const auto& facts) { return facts.resolvedService == service; };
+        if (std::any_of(findings.accounts.begin(), findings.accounts.end(), selected))
+            continue;
+        const auto probe = keychain.probe(service);
+        DiscoveredFacts facts;
+        facts.resolvedService = service;
+        facts.plan = probe.plan;
+        facts.tokenStatus = probe.status;
+        facts.tokenExpiresAt = probe.expiresAt;
+        unmatched.push_back(std::move(facts));
+    }
+    return unmatched;
+}
+
+// Preferences, the first-run flow and the marks of the two applications.
+void readOwnFiles(Findings& findings, const Environment& environment, const Folders& folders)
+{
+    const FileStore files;
+    findings.preferences =
+        PreferencesStore(files, folders.vellumor() + "/preferences.json").current();
+    const OnboardingStore onboarding(files, folders.vellumor() + "/onboarding.json");
+    findings.onboarding = onboarding.current();
+    findings.shouldShowOnboarding = onboarding.shouldShow(environment);
+    findings.ownPresence = PresenceMarker::read("vellumor", folders.quorle());
+    if (PresenceMarker::siblingInstalled("ostrelline", folders.quorle()))
+        findings.siblingPresence = PresenceMarker::read("ostrelline", folders.quorle());
+    findings.rateLimitLines =
+        RateLimitLog::recentIn(folders.vellumor() + "/429-log.jsonl", rateLimitLinesShown);
+}
+
+} // namespace
+
+Findings Findings::gather(const Environment& environment, const Folders& folders,
+                          ServiceDirectories& directories, const KeychainReader& keychain)
+{
+    Findings findings;
+    readOwnFiles(findings, environment, folders);
+    const StoredAccounts records = readRecords(folders);
+    auto discovery = AccountDiscovery::live({knownDirs(records), serviceOverrides(records)},
+                                            folders.home, directories, keychain);
+    // The report shows the same listing as the scan uses, and neither asks twice.
+    findings.configDirs = discovery.listConfigDirs();
+    findings.services = discovery.enumerateServices();
+    discovery.listConfigDirs = [&] { return findings.configDirs; };
+    discovery.enumerateServices = [&] { return findings.services; };
+    findings.accounts = discovery.run().facts;
+    findings.unmatched = unmatchedOf(findings, keychain);
+    findings.pollable = static_cast<int>(
+        std::count_if(findings.accounts.begin(), findings.accounts.end(),
+                      [&](const auto& facts) { return isPollable(facts, records); }));
+    return findings;
+}
+
+} // namespace vellumor

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "accounts/DiscoveredFacts.h"
+#include "accounts/KeychainReader.h"
+#include "accounts/StoredAccount.h"
+#include "base/Environment.h"
+#include "store/Folders.h"
+#include "store/OnboardingStore.h"
+#include "store/Preferences.h"
+#include "store/PresenceMarker.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vellumor {
+
+// What the headless report tells, but for the endpoint's answers: everything that can be read on
+// this machine.
+struct Findings {
+    Preferences preferences;
+    OnboardingState onboarding;
+    bool shouldShowOnboarding = false;
+    std::optional<PresenceMarker::Presence> ownPresence;
+    std::optional<PresenceMarker::Presence> siblingPresence;
+    std::vector<std::string> services; // that hold a credential
+    std::optional<std::vector<std::string>> configDirs;
+    std::vector<DiscoveredFacts> accounts;
+    std::vector<DiscoveredFacts> unmatched; // services that no account took; configDir is empty
+    int pollable = 0;
+    std::vector<std::string> rateLimitLines;
+
+    // Reads, and creates nothing: the report must not make what it reports. Blocks.
+    [[nodiscard]] static Findings gather(const Environment& environment, const Folders& folders,
+                                         ServiceDirectories& directories,
+                                         const KeychainReader& keychain);
+};
+
+} // namespace vellumor

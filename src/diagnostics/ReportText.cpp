@@ -1,0 +1,226 @@
+#include "diagnostics/ReportText.h"
+
+#include "base/Format.h"
+#include "base/IntervalDisplay.h"
+#include "base/Version.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vellumor::ReportText {
+
+namespace {
+
+const char* trueOrFalse(bool value)
+{
+    return value ? "true" : "false";
+}
+
+const char* yesOrDash(const std::optional<std::string>& value)
+{
+    return value ? "yes" : "—";
+}
+
+std::string presenceValue(const std::optional<PresenceMarker::Presence>& presence,
+                          const Redaction& redaction)
+{
+    if (!presence)
+        return "no";
+    return fmt::format("yes (v{}, since {})", redaction.shown(presence->version),
+                       redaction.shown(presence->firstSeenAt));
+}
+
+// When a token ends: nothing to say about one that was cleared.
+std::string expiry(const DiscoveredFacts& facts, Instant now)
+{
+    if (!facts.tokenExpiresAt || facts.tokenStatus == TokenStatus::signedOut)
+        return {};
+    if (*facts.tokenExpiresAt > now)
+        return " · ends in " + Format::countdown(*facts.tokenExpiresAt, now);
+    return " · ended " + Format::relativeAge(*facts.tokenExpiresAt, now);
+}
+
+std::string windowLine(const LimitWindow& window, Instant now, const Redaction& redaction)
+{
+    const std::string percent = fmt::format("{:.1f}%", window.percent);
+    const std::string reset =
+        window.resetsAt ? "resets in " + Format::countdown(*window.resetsAt, now) : "no reset time";
+    return fmt::format("    usage    : {:>6}  {:<18}  {}\n", percent, reset,
+                       redaction.shown(LimitWindow::title(window.kind, window.scope)));
+}
+
+const char* displayName(ExtraUsage::CreditDisplay display)
+{
+    switch (display) {
+    case ExtraUsage::CreditDisplay::normal:
+        return "normal";
+    case ExtraUsage::CreditDisplay::exhausted:
+        return "exhausted";
+    case ExtraUsage::CreditDisplay::hidden:
+        break;
+    }
+    return "hidden";
+}
+
+std::string amount(const std::optional<double>& value)
+{
+    return value ? fmt::format("{:.2f}", *value) : "—";
+}
+
+const char* flag(const std::optional<bool>& value)
+{
+    return value ? trueOrFalse(*value) : "—";
+}
+
+std::string extraLine(const ExtraUsage& extra)
+{
+    return fmt::format(
+        "    extra    : display={} enabled={} used={} limit={} util={} userDisabled={} "
+        "spendLimitReached={} everEnabled={}\n",
+        displayName(extra.display()), trueOrFalse(extra.isEnabled), amount(extra.usedCredits),
+        amount(extra.monthlyLimit), amount(extra.utilization), flag(extra.userDisabled),
+        flag(extra.spendLimitReached), flag(extra.creditsEverEnabled));
+}
+
+std::string readingText(const Usage& usage, Instant now, const Redaction& redaction)
+{
+    std::string text;
+    for (const LimitWindow& window : usage.windows)
+        text += windowLine(window, now, redaction);
+    if (usage.windows.empty())
+        text += "    usage    : (no windows returned)\n";
+    if (usage.extraUsage)
+        text += extraLine(*usage.extraUsage);
+    return text + "    project  : stateless=none (no recency coverage or no change)\n";
+}
+
+} // namespace
+
+std::string banner()
+{
+    return fmt::format("Vellumor {} — diagnostics\n\n", version);
+}
+
+std::string noCrashes(const std::string& folder)
+{
+    return fmt::format("crash  : no crash reports on disk ({})\n", folder);
+}
+
+std::string noTelemetry()
+{
+    return "Telemetry: not written yet\n";
+}
+
+std::string presence(const std::optional<PresenceMarker::Presence>& own,
+                     const std::optional<PresenceMarker::Presence>& sibling)
+{
+    const Redaction redaction({}, {});
+    return fmt::format("Presence:  vellumor={} · ostrelline installed={}\n",
+                       presenceValue(own, redaction), presenceValue(sibling, redaction));
+}
+
+std::string onboarding(const OnboardingState& state, bool shouldShow)
+{
+    return fmt::format("Onboarding: completedVersion={} current={} shouldShow={}\n",
+                       state.completedVersion, OnboardingState::currentVersion,
+                       trueOrFalse(shouldShow));
+}
+
+std::string revival(const Preferences& preferences, const std::optional<std::string>& claudePath,
+                    const Redaction& redaction)
+{
+    const std::string manual = preferences.claudeBinaryPath.empty()
+                                   ? "(none)"
+                                   : redaction.shown(preferences.claudeBinaryPath);
+    return fmt::format("CLI revival: {} · manual path={} · claude={}\n",
+                       preferences.tokenRevivalEnabled ? "enabled" : "disabled", manual,
+                       claudePath ? redaction.shown(*claudePath) : "not found");
+}
+
+std::string keychain(std::size_t serviceCount)
+{
+    return fmt::format("Keychain: {} Claude credential service(s) enumerated.\n", serviceCount);
+}
+
+std::string home(const std::optional<std::vector<std::string>>& configDirs)
+{
+    if (!configDirs)
+        return "Home: home enumeration FAILED\n";
+    return fmt::format("Home: {} config dir(s)\n", configDirs->size());
+}
+
+std::string discovery(std::size_t accountCount)
+{
+    return fmt::format("Discovery: {} account(s) from scan\n", accountCount);
+}
+
+std::string account(const std::string& title, const DiscoveredFacts& facts, Instant now,
+                    const Redaction& redaction)
+{
+    std::string text = fmt::format("\n{}\n", redaction.shown(title));
+    text += fmt::format("    identity : email={} org={} displayName={}\n", yesOrDash(facts.email),
+                        yesOrDash(facts.org), yesOrDash(facts.displayName));
+    text +=
+        fmt::format("    service  : {}\n",
+                    facts.resolvedService ? redaction.shown(*facts.resolvedService) : "unresolved");
+    text += fmt::format("    plan     : {}\n", facts.plan ? redaction.shown(*facts.plan) : "—");
+    text += fmt::format("    token    : {}{}", name(facts.tokenStatus), expiry(facts, now));
+    if (facts.tokenStatus == TokenStatus::signedOut)
+        text +=
+            " · cleared by Claude Code (empty access token, expiresAt 0) — sign in to this account";
+    return text + "\n";
+}
+
+std::string noCaches()
+{
+    return "    cache    : shared (none yet)\n"
+           "    vscode   : (no status cache)\n"
+           "    anchors  : (none learned yet)\n";
+}
+
+std::string usageSkipped(TokenStatus status)
+{
+    return fmt::format("    usage    : (skipped — token {})\n", name(status));
+}
+
+std::string usage(const FetchResult& result, Instant now, const Redaction& redaction)
+{
+    if (const auto* error = std::get_if<UsageFetchError>(&result))
+        return fmt::format("    usage    : FETCH FAILED — {}\n",
+                           redaction.shown(error->description()));
+    return readingText(std::get<Usage>(result), now, redaction);
+}
+
+std::string unmatchedHeading(std::size_t count)
+{
+    return fmt::format("\nUnmatched credential item(s): {} — enumerated but not selected for any "
+                       "discovered account (an orphan, or a superseded name):\n",
+                       count);
+}
+
+std::string stagger(double userInterval, int pollable)
+{
+    const double effective = std::max({userInterval, 60.0 * pollable, 60.0});
+    const double slot = effective / std::max(pollable, 1);
+    const int designedFor = static_cast<int>(std::floor(userInterval / 60.0));
+    return fmt::format(
+        "\nStagger:  ~{} chosen, {} pollable → effective {} · one request per {} slot · "
+        "designed for up to {} account{}\n",
+        IntervalDisplay::shortText(userInterval), pollable, IntervalDisplay::shortText(effective),
+        IntervalDisplay::shortText(slot), designedFor, designedFor == 1 ? "" : "s");
+}
+
+std::string rateLimitLog(const std::vector<std::string>& lines, const Redaction& redaction)
+{
+    if (lines.empty())
+        return "429 log:  empty — no 429 ever observed on this install\n";
+    std::string text =
+        fmt::format("429 log:  last {} entr{}\n", lines.size(), lines.size() == 1 ? "y" : "ies");
+    for (const std::string& line : lines)
+        text += "    " + redaction.shown(line) + "\n";
+    return text;
+}
+
+} // namespace vellumor::ReportText

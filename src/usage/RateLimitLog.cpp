@@ -1,0 +1,97 @@
+#include "usage/RateLimitLog.h"
+
+#include "base/Format.h"
+#include "base/Json.h"
+#include "base/Text.h"
+#include "store/FileReader.h"
+
+#include <cassert>
+#include <cmath>
+#include <filesystem>
+
+namespace vellumor {
+
+namespace {
+
+// JSON has no word for an infinite number, which a server may send; such a one is left out.
+void put(Json& json, const char* key, const std::optional<double>& number)
+{
+    if (number && std::isfinite(*number))
+        json[key] = *number;
+}
+
+std::vector<std::string> readLines(const std::string& fileURL)
+{
+    const FileContents contents = readFile(fileURL);
+    std::vector<std::string> lines;
+    if (contents.status != ReadStatus::ok || !Text::isValidUtf8(contents.bytes))
+        return lines;
+    std::size_t begin = 0;
+    while (begin < contents.bytes.size()) {
+        const auto end = std::min(contents.bytes.find('\n', begin), contents.bytes.size());
+        if (end > begin)
+            lines.push_back(contents.bytes.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return lines;
+}
+
+} // namespace
+
+std::optional<std::string> RateLimitEntry::encode() const
+{
+    Json json = {
+        {"at", Format::isoWholeSeconds(at)}, {"configDir", configDir}, {"trigger", trigger}};
+    put(json, "sinceLastRequestSeconds", sinceLastRequestSeconds);
+    if (lastRequestConfigDir)
+        json["lastRequestConfigDir"] = *lastRequestConfigDir;
+    put(json, "effectiveIntervalSeconds", effectiveIntervalSeconds);
+    put(json, "backoffSeconds", backoffSeconds);
+    put(json, "retryAfterSeconds", retryAfterSeconds);
+    return writeJson(std::move(json), JsonLayout::compact, JsonSlashes::plain);
+}
+
+RateLimitLog::RateLimitLog(const FileStore& files, std::string fileURL)
+    : m_files(files)
+    , m_fileURL(std::move(fileURL))
+{
+    m_files.ensureDirectory(std::filesystem::path(m_fileURL).parent_path().string());
+}
+
+void RateLimitLog::record(const RateLimitEntry& entry)
+{
+    auto line = entry.encode();
+    if (!line)
+        return;
+    std::string bytes;
+    for (const std::string& kept : trimmed(readLines(m_fileURL), *std::move(line), cap))
+        bytes.append(kept).append("\n");
+    m_files.write(bytes, m_fileURL);
+}
+
+std::vector<std::string> RateLimitLog::recent(int n) const
+{
+    return recentIn(m_fileURL, n);
+}
+
+std::vector<std::string> RateLimitLog::recentIn(const std::string& fileURL, int n)
+{
+    assert(n >= 0);
+    auto lines = readLines(fileURL);
+    const auto wanted = static_cast<std::size_t>(n);
+    if (lines.size() > wanted)
+        lines.erase(lines.begin(), lines.end() - n);
+    return lines;
+}
+
+std::vector<std::string> RateLimitLog::trimmed(std::vector<std::string> existing,
+                                               std::string adding, int cap)
+{
+    existing.push_back(std::move(adding));
+    const auto most = static_cast<std::size_t>(cap);
+    if (existing.size() > most)
+        existing.erase(existing.begin(), existing.end() - cap);
+    return existing;
+}
+
+} // namespace vellumor

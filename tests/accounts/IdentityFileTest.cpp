@@ -1,0 +1,92 @@
+#include "accounts/IdentityFile.h"
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+using IdentityFile::Identity;
+using Text = std::optional<std::string>;
+
+TEST(IdentityFile, theFourTextsOfTheAccountAreRead)
+{
+    const Identity identity = IdentityFile::parse(
+        R"({"oauthAccount": {"emailAddress": "ada@example.org", "organizationName": "Engines",
+            "displayName": "Ada", "organizationType": "claude_max", "accountUuid": "x"},
+            "projects": {"/a": {"history": [1, 2, {"x": null}]}}})");
+    EXPECT_EQ(identity, (Identity{"ada@example.org", "Engines", "Ada", "claude_max"}));
+}
+
+TEST(IdentityFile, whatIsMissingOrOfAnotherTypeIsAbsentAndSpoilsNothingElse)
+{
+    const struct {
+        const char* account;
+        Identity identity;
+    } rows[] = {
+        {"{}", {}},
+        {R"({"emailAddress": "a@b"})", {"a@b", {}, {}, {}}},
+        {R"({"emailAddress": 1, "organizationName": "O"})", {{}, "O", {}, {}}},
+        {R"({"emailAddress": null, "displayName": "D"})", {{}, {}, "D", {}}},
+        {R"({"organizationName": ["O"], "organizationType": true})", {}},
+        {R"({"displayName": {}, "organizationType": "t"})", {{}, {}, {}, "t"}},
+        {R"({"EmailAddress": "a@b"})", {}},
+    };
+    for (const auto& [account, identity] : rows) {
+        SCOPED_TRACE(account);
+        EXPECT_EQ(IdentityFile::parse(std::string(R"({"oauthAccount": )") + account + "}"),
+                  identity);
+    }
+}
+
+TEST(IdentityFile, anEmptyTextIsAValue)
+{
+    EXPECT_EQ(IdentityFile::parse(R"({"oauthAccount": {"emailAddress": "", "displayName": " "}})"),
+              (Identity{"", {}, " ", {}}));
+}
+
+TEST(IdentityFile, aBrokenFileHasNoIdentity)
+{
+    const char* const account = R"({"oauthAccount": {"emailAddress": "a@b"}})";
+    const std::string rows[] = {
+        "",
+        "   ",
+        "null",
+        "[]",
+        "\"oauthAccount\"",
+        R"({"oauthAccount": null})",
+        R"({"oauthAccount": []})",
+        R"({"oauthAccount": "a@b"})",
+        R"({"emailAddress": "a@b"})",
+        R"({"oauthAccount": {"emailAddress": "a@b"})",
+        R"({"oauthAccount": {"emailAddress": "a@b"}} x)",
+        "{\"oauthAccount\": {\"emailAddress\": \"a\xFF\"}}",
+        "[" + std::string(account) + "]",
+        std::string(account) + '\0',
+    };
+    for (const std::string& bytes : rows) {
+        SCOPED_TRACE(bytes);
+        EXPECT_EQ(IdentityFile::parse(bytes), Identity());
+    }
+    EXPECT_EQ(IdentityFile::parse(account).email, "a@b");
+}
+
+TEST(IdentityFile, theKnownOrganisationTypesHaveALabelOfTheirOwn)
+{
+    EXPECT_EQ(IdentityFile::planLabel("claude_max", "pro"), "Max");
+    EXPECT_EQ(IdentityFile::planLabel("claude_pro", "max"), "Pro");
+    EXPECT_EQ(IdentityFile::planLabel("claude_team", std::nullopt), "Team");
+}
+
+TEST(IdentityFile, anyOtherOrganisationTypeGivesTheSubscriptionAsItStands)
+{
+    for (const Text& type : {Text(), Text(""), Text("claude_enterprise"), Text("Claude_Max"),
+                             Text("max"), Text("claude_max ")}) {
+        SCOPED_TRACE(type.value_or("absent"));
+        EXPECT_EQ(IdentityFile::planLabel(type, "mAx_20"), "mAx_20");
+        EXPECT_EQ(IdentityFile::planLabel(type, ""), "");
+        EXPECT_EQ(IdentityFile::planLabel(type, std::nullopt), std::nullopt);
+    }
+}
+
+} // namespace
+} // namespace vellumor

@@ -1,0 +1,102 @@
+#!/usr/bin/env python3
+"""include_direction.py ROOT: checks from the include lines of src/ that the layers hold.
+
+A folder includes only folders below it, the pure core includes no Qt, no header of a platform leaves platform/, and no
+two files include one another, however long the way. Prints each breach and exits 1 if there is one.
+"""
+import pathlib
+import re
+import sys
+
+# Each folder with those that it may include besides itself.
+CORE = {
+    "base": set(),
+    "store": {"base"},
+    "platform": {"base", "async"},  # the seams; async for those that are waited for
+    "usage/model": {"base"},
+    "history": {"base", "store", "usage/model"},
+    "telemetry": {"base", "store"},
+    "accounts": {"base", "store", "platform"},
+}
+ORCHESTRATION = {
+    "async": {"base"},
+    "usage": {"base", "store", "platform", "async", "usage/model", "accounts", "history"},
+    "diagnostics": {"base", "store", "platform", "async", "usage/model", "usage", "accounts", "history", "telemetry"},
+}
+EDGES = {
+    "platform/linux": {"base", "store", "async", "platform", "usage"},
+    "app": set(CORE) | set(ORCHESTRATION) | {"platform/linux"},
+}
+ALLOWED = {**CORE, **ORCHESTRATION, **EDGES}
+PURE_EXCEPTIONS = {"platform/HttpTransport.h"}  # gives a task; included by nobody in the core
+
+INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.M)
+
+
+def folder_of(path, folders=ALLOWED):
+    """The longest known folder that `path`, relative to src/, lies in; None without one."""
+    fitting = [name for name in folders if path.startswith(name + "/")]
+    return max(fitting, key=len, default=None)
+
+
+def breaches(files):
+    """`files`: path relative to src/ -> text. Gives the list of breaches as texts."""
+    found = []
+    graph = {}
+    for path, text in sorted(files.items()):
+        folder = folder_of(path)
+        if folder is None:
+            found.append(f"{path}: its folder has no layer in this check")
+            continue
+        graph[path] = []
+        for quote, target in INCLUDE.findall(text):
+            if quote == "<":
+                if folder in CORE and path not in PURE_EXCEPTIONS and re.match(r"Q[A-Z]|Qt|QCoro", target):
+                    found.append(f"{path}: the pure core includes <{target}>")
+                continue
+            other = folder_of(target)
+            if other is None:
+                found.append(f"{path}: includes \"{target}\", which is in no known folder")
+            elif other != folder and other not in ALLOWED[folder]:
+                found.append(f"{path}: {folder} may not include {other} (\"{target}\")")
+            if target in PURE_EXCEPTIONS and folder in CORE:
+                found.append(f"{path}: the pure core includes \"{target}\", which needs Qt")
+            graph[path].append(target)
+    return found + [f"include cycle: {' -> '.join(cycle)}" for cycle in cycles(graph)]
+
+
+def cycles(graph):
+    """One path for each cycle met on a walk through the graph."""
+    state, stack, found = {}, [], []
+
+    def visit(node):
+        state[node] = "open"
+        stack.append(node)
+        for target in graph.get(node, []):
+            if state.get(target) == "open":
+                found.append(stack[stack.index(target):] + [target])
+            elif target not in state:
+                visit(target)
+        stack.pop()
+        state[node] = "done"
+
+    for node in sorted(graph):
+        if node not in state:
+            visit(node)
+    return found
+
+
+def main():
+    src = pathlib.Path(sys.argv[1]) / "src"
+    files = {str(path.relative_to(src)): path.read_text() for path in src.rglob("*")
+             if path.suffix in (".h", ".cpp", ".in")}
+    if not files:
+        sys.exit(f"no files below {src}")
+    found = breaches(files)
+    print(*found, sep="\n", end="\n" if found else "")
+    print(f"{len(files)} files, {len(found)} breaches")
+    sys.exit(1 if found else 0)
+
+
+if __name__ == "__main__":
+    main()

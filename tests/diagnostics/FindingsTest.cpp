@@ -1,0 +1,116 @@
+#include "diagnostics/Findings.h"
+
+#include "support/FakeClock.h"
+#include "support/FakeKeyring.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+using test::FakeClock;
+using test::FakeKeyring;
+using test::TempFolder;
+
+constexpr const char* livingCredential =
+    R"({"claudeAiOauth":{"accessToken":"example-token","subscriptionType":"pro"}})";
+constexpr const char* identity = R"({"oauthAccount":{"emailAddress":"ann@example.org"}})";
+
+struct FindingsTest : testing::Test {
+    TempFolder home;
+    Folders folders{home.path(), home.file("data"), home.file("config")};
+    FakeClock clock;
+    FakeKeyring keyring;
+    ServiceDirectories directories{home.path()};
+    KeychainReader keychain{directories, keyring, clock};
+
+    Findings gather(const Environment& environment = {})
+    {
+        return Findings::gather(environment, folders, directories, keychain);
+    }
+};
+
+TEST_F(FindingsTest, anEmptyHomeIsReportedAndStaysEmpty)
+{
+    const Findings findings = gather();
+    EXPECT_TRUE(findings.accounts.empty());
+    ASSERT_TRUE(findings.configDirs);
+    EXPECT_TRUE(findings.configDirs->empty());
+    EXPECT_EQ(findings.preferences, Preferences());
+    EXPECT_TRUE(findings.shouldShowOnboarding);
+    EXPECT_TRUE(findings.rateLimitLines.empty());
+    EXPECT_TRUE(test::namesIn(home.path()).empty());
+}
+
+TEST_F(FindingsTest, aHomeThatCannotBeListedIsToldApartFromAnEmptyOne)
+{
+    folders.home = home.file("nowhere");
+    EXPECT_FALSE(gather().configDirs);
+}
+
+TEST_F(FindingsTest, everyAccountIsFoundWithItsState)
+{
+    home.put(".claude/.credentials.json", livingCredential);
+    home.put(".claude.json", identity);
+    home.put(".claude-work/.claude.json", identity);
+    const Findings findings = gather();
+    ASSERT_EQ(findings.accounts.size(), 2U);
+    EXPECT_EQ(findings.accounts[0].tokenStatus, TokenStatus::readable);
+    EXPECT_EQ(findings.accounts[1].tokenStatus, TokenStatus::notFound);
+    EXPECT_EQ(findings.services, std::vector<std::string>{"Claude Code-credentials"});
+    EXPECT_EQ(findings.pollable, 1);
+}
+
+TEST_F(FindingsTest, untrackedAndHiddenAccountsAreNotPollable)
+{
+    home.put(".claude-a/.credentials.json", livingCredential);
+    home.put(".claude-b/.credentials.json", livingCredential);
+    home.put(".claude-c/.credentials.json", livingCredential);
+    home.put("data/Vellumor/accounts.json",
+             R"({"schemaVersion":1,"accounts":{")" + home.file(".claude-a") +
+                 R"(":{"id":"aaaaaa","name":"A","order":0,"tracked":false,"pinned":false},")" +
+                 home.file(".claude-b") +
+                 R"(":{"id":"bbbbbb","name":"B","order":1,"tracked":true,"pinned":false,)"
+                 R"("removal":{"at":"2026-01-01T00:00:00Z"}}}})");
+    const Findings findings = gather();
+    EXPECT_EQ(findings.accounts.size(), 3U);
+    EXPECT_EQ(findings.pollable, 1);
+}
+
+TEST_F(FindingsTest, aServiceThatNoAccountTookIsListedApart)
+{
+    keyring.put("Claude Code-credentials-0badcafe", livingCredential);
+    const Findings findings = gather();
+    EXPECT_TRUE(findings.accounts.empty());
+    ASSERT_EQ(findings.unmatched.size(), 1U);
+    EXPECT_EQ(findings.unmatched[0].resolvedService, "Claude Code-credentials-0badcafe");
+    EXPECT_EQ(findings.unmatched[0].tokenStatus, TokenStatus::readable);
+    EXPECT_EQ(findings.unmatched[0].plan, "pro");
+}
+
+TEST_F(FindingsTest, theUsersOwnFilesAreRead)
+{
+    home.put("data/Vellumor/preferences.json", R"({"userInterval":300})");
+    home.put("data/Vellumor/onboarding.json", R"({"schemaVersion":1,"completedVersion":1})");
+    home.put("data/Vellumor/429-log.jsonl", "1\n2\n3\n4\n5\n6\n");
+    home.put("data/Quorle/presence/ostrelline.json",
+             R"({"source":"ostrelline","version":"2","firstSeenAt":"x","updatedAt":"y"})");
+    const Findings findings = gather();
+    EXPECT_EQ(findings.preferences.userInterval, 300);
+    EXPECT_EQ(findings.onboarding.completedVersion, 1);
+    EXPECT_FALSE(findings.shouldShowOnboarding);
+    EXPECT_EQ(findings.rateLimitLines, (std::vector<std::string>{"2", "3", "4", "5", "6"}));
+    EXPECT_TRUE(findings.siblingPresence);
+    EXPECT_FALSE(findings.ownPresence);
+}
+
+TEST_F(FindingsTest, theEnvironmentDecidesFirstWhetherTheFlowIsShown)
+{
+    home.put("data/Vellumor/onboarding.json", R"({"schemaVersion":1,"completedVersion":1})");
+    EXPECT_TRUE(gather({{"VELLUMOR_ONBOARDING", "show"}}).shouldShowOnboarding);
+    EXPECT_FALSE(gather({{"VELLUMOR_ONBOARDING", "other"}}).shouldShowOnboarding);
+}
+
+} // namespace
+} // namespace vellumor

@@ -1,0 +1,55 @@
+#include "diagnostics/Redaction.h"
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+DiscoveredFacts facts(std::optional<std::string> email, std::optional<std::string> org)
+{
+    DiscoveredFacts account;
+    account.email = std::move(email);
+    account.org = std::move(org);
+    return account;
+}
+
+const Redaction redaction("/home/ann", {facts("ann@example.org", "Acme"),
+                                        facts("x", "Acme Research"), facts(std::nullopt, "AB")});
+
+TEST(Redaction, hidesWhatCouldTellWhoIsSignedIn)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"/home/ann/.claude", "~/.claude"},
+        {"/home/ann", "~"},
+        {"/home/anna/.claude", "/home/anna/.claude"},
+        {"/srv/.claude-ann@example.org", "/srv/.claude-…"},
+        {"/home/ann/.claude-other@mail.example", "~/…"},
+        {"/home/ann/.claude-Acme", "~/.claude-…"},
+        {"/home/ann/.claude-acme", "~/.claude-…"},
+        {"Acme Research plan", "… plan"},
+        {"Claude Code-credentials", "Claude Code-credentials"},
+        {R"({"configDir":"/home/ann/.claude-acme","trigger":"auto"})",
+         R"({"configDir":"~/.claude-…","trigger":"auto"})"},
+    };
+    for (const auto& [text, shown] : rows)
+        EXPECT_EQ(redaction.shown(text), shown);
+}
+
+TEST(Redaction, aNameTooShortToHideLeavesTheTextReadable)
+{
+    EXPECT_EQ(redaction.shown("max ABC"), "max ABC");
+}
+
+TEST(Redaction, controlCharactersCannotForgeALine)
+{
+    EXPECT_EQ(redaction.shown("a\nb\x1b[2J"), "a\uFFFDb\uFFFD[2J");
+}
+
+TEST(Redaction, aNameIsTakenLiterally)
+{
+    const Redaction odd("/home/ann", {facts(std::nullopt, "a.c(")});
+    EXPECT_EQ(odd.shown("a.c( abc("), "… abc(");
+}
+
+} // namespace
+} // namespace vellumor

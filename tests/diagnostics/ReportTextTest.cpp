@@ -1,0 +1,169 @@
+#include "diagnostics/ReportText.h"
+
+#include "support/FakeClock.h"
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+using test::instant;
+
+const Instant now = instant("2026-03-01T12:00:00Z");
+const Redaction redaction("/home/ann", {});
+
+TEST(ReportText, theBannerNamesTheVersion)
+{
+    EXPECT_EQ(ReportText::banner(), "Vellumor 1.0.0 — diagnostics\n\n");
+}
+
+TEST(ReportText, sectionsWithNothingToTellSaySo)
+{
+    EXPECT_EQ(ReportText::noCrashes("~/reports"),
+              "crash  : no crash reports on disk (~/reports)\n");
+    EXPECT_EQ(ReportText::noTelemetry(), "Telemetry: not written yet\n");
+    EXPECT_EQ(ReportText::presence(std::nullopt, std::nullopt),
+              "Presence:  vellumor=no · ostrelline installed=no\n");
+    EXPECT_EQ(ReportText::noCaches(), "    cache    : shared (none yet)\n"
+                                      "    vscode   : (no status cache)\n"
+                                      "    anchors  : (none learned yet)\n");
+    EXPECT_EQ(ReportText::rateLimitLog({}, redaction),
+              "429 log:  empty — no 429 ever observed on this install\n");
+}
+
+TEST(ReportText, presenceTellsVersionAndFirstDay)
+{
+    const PresenceMarker::Presence sibling = {"ostrelline", "2.1", "2026-01-02T03:04:05.000Z", ""};
+    EXPECT_EQ(ReportText::presence(std::nullopt, sibling),
+              "Presence:  vellumor=no · ostrelline installed=yes (v2.1, since "
+              "2026-01-02T03:04:05.000Z)\n");
+}
+
+TEST(ReportText, onboardingTellsWhatIsDoneAndWhatFollows)
+{
+    EXPECT_EQ(ReportText::onboarding({1, 0}, true),
+              "Onboarding: completedVersion=0 current=1 shouldShow=true\n");
+    EXPECT_EQ(ReportText::onboarding({1, 1}, false),
+              "Onboarding: completedVersion=1 current=1 shouldShow=false\n");
+}
+
+TEST(ReportText, revivalTellsSwitchAndPaths)
+{
+    Preferences preferences;
+    EXPECT_EQ(ReportText::revival(preferences, std::nullopt, redaction),
+              "CLI revival: enabled · manual path=(none) · claude=not found\n");
+    preferences.tokenRevivalEnabled = false;
+    preferences.claudeBinaryPath = "/home/ann/bin/claude";
+    EXPECT_EQ(ReportText::revival(preferences, "/usr/bin/claude", redaction),
+              "CLI revival: disabled · manual path=~/bin/claude · claude=/usr/bin/claude\n");
+}
+
+TEST(ReportText, countsAreTold)
+{
+    EXPECT_EQ(ReportText::keychain(3), "Keychain: 3 Claude credential service(s) enumerated.\n");
+    EXPECT_EQ(ReportText::home(std::vector<std::string>{"a", "b"}), "Home: 2 config dir(s)\n");
+    EXPECT_EQ(ReportText::home(std::nullopt), "Home: home enumeration FAILED\n");
+    EXPECT_EQ(ReportText::discovery(2), "Discovery: 2 account(s) from scan\n");
+    EXPECT_EQ(ReportText::unmatchedHeading(1),
+              "\nUnmatched credential item(s): 1 — enumerated but not selected for any discovered "
+              "account (an orphan, or a superseded name):\n");
+}
+
+TEST(ReportText, ofAnIdentityOnlyItsPresenceIsTold)
+{
+    DiscoveredFacts facts;
+    facts.email = "ann@example.org";
+    facts.org = "Acme";
+    facts.plan = "Max";
+    facts.resolvedService = "Claude Code-credentials";
+    facts.tokenStatus = TokenStatus::readable;
+    facts.tokenExpiresAt = now + std::chrono::hours(3);
+    EXPECT_EQ(ReportText::account("/home/ann/.claude", facts, now, redaction),
+              "\n~/.claude\n"
+              "    identity : email=yes org=yes displayName=—\n"
+              "    service  : Claude Code-credentials\n"
+              "    plan     : Max\n"
+              "    token    : readable · ends in 3h 0m\n");
+}
+
+std::string tokenLine(TokenStatus status, std::optional<Instant> expiresAt)
+{
+    DiscoveredFacts facts;
+    facts.tokenStatus = status;
+    facts.tokenExpiresAt = expiresAt;
+    const std::string text = ReportText::account("x", facts, now, redaction);
+    return text.substr(text.find("    token"));
+}
+
+TEST(ReportText, everyTokenStateIsTold)
+{
+    EXPECT_EQ(tokenLine(TokenStatus::expired, now - std::chrono::hours(2)),
+              "    token    : expired · ended 2h ago\n");
+    EXPECT_EQ(
+        tokenLine(TokenStatus::signedOut, Instant()),
+        "    token    : signedOut · cleared by Claude Code (empty access token, expiresAt 0) — "
+        "sign in to this account\n");
+    EXPECT_EQ(tokenLine(TokenStatus::needsApproval, std::nullopt),
+              "    token    : needsApproval\n");
+    EXPECT_EQ(tokenLine(TokenStatus::notFound, std::nullopt), "    token    : notFound\n");
+}
+
+TEST(ReportText, anAccountWithoutServiceOrPlanSaysSo)
+{
+    const std::string text = ReportText::account("x", {}, now, redaction);
+    EXPECT_NE(text.find("    service  : unresolved\n"), std::string::npos);
+    EXPECT_NE(text.find("    plan     : —\n"), std::string::npos);
+}
+
+TEST(ReportText, usageTellsWhyItWasNotAskedOrFailed)
+{
+    EXPECT_EQ(ReportText::usageSkipped(TokenStatus::expired),
+              "    usage    : (skipped — token expired)\n");
+    const UsageFetchError unauthorized = {UsageFetchError::Kind::unauthorized, "", {}, 0};
+    EXPECT_EQ(ReportText::usage(unauthorized, now, redaction),
+              "    usage    : FETCH FAILED — unauthorized (401) — token expired/invalid\n");
+}
+
+TEST(ReportText, usageTellsEachWindowAndTheCredits)
+{
+    Usage usage;
+    usage.windows = {
+        {"session", "session", 62.04, "normal", now + std::chrono::minutes(134), true, {}},
+        {"weekly_all", "weekly", 100.0, "normal", std::nullopt, false, {}}};
+    usage.extraUsage = ExtraUsage{true, 1250.0, "EUR", {}, 5000.0, {}, false, {}, {}};
+    EXPECT_EQ(ReportText::usage(usage, now, redaction),
+              "    usage    :  62.0%  resets in 2h 14m    Session\n"
+              "    usage    : 100.0%  no reset time       Weekly\n"
+              "    extra    : display=normal enabled=true used=1250.00 limit=5000.00 util=— "
+              "userDisabled=false spendLimitReached=— everEnabled=—\n"
+              "    project  : stateless=none (no recency coverage or no change)\n");
+}
+
+TEST(ReportText, aReadingWithoutWindowsSaysSo)
+{
+    EXPECT_EQ(ReportText::usage(Usage(), now, redaction),
+              "    usage    : (no windows returned)\n"
+              "    project  : stateless=none (no recency coverage or no change)\n");
+}
+
+TEST(ReportText, staggerTellsTheEffectiveIntervalAndTheSlot)
+{
+    EXPECT_EQ(
+        ReportText::stagger(120, 3),
+        "\nStagger:  ~2 min chosen, 3 pollable → effective 3 min · one request per 1 min slot · "
+        "designed for up to 2 accounts\n");
+    EXPECT_EQ(
+        ReportText::stagger(60, 0),
+        "\nStagger:  ~1 min chosen, 0 pollable → effective 1 min · one request per 1 min slot · "
+        "designed for up to 1 account\n");
+}
+
+TEST(ReportText, the429LogCountsItsLines)
+{
+    EXPECT_EQ(ReportText::rateLimitLog({"one"}, redaction), "429 log:  last 1 entry\n    one\n");
+    EXPECT_EQ(ReportText::rateLimitLog({"one", "two"}, redaction),
+              "429 log:  last 2 entries\n    one\n    two\n");
+}
+
+} // namespace
+} // namespace vellumor

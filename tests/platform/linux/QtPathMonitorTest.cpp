@@ -1,0 +1,92 @@
+#include "platform/linux/QtPathMonitor.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+namespace vellumor {
+namespace {
+
+using Reachability = QNetworkInformation::Reachability;
+
+class QtPathMonitorTest : public testing::Test {
+protected:
+    // The backend asks the system bus first, and that is no test's business.
+    QtPathMonitorTest() { qputenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:"); }
+
+    void start()
+    {
+        m_monitor->start([this](bool satisfied) { m_updates.push_back(satisfied); });
+    }
+
+    std::unique_ptr<QtPathMonitor> m_monitor = std::make_unique<QtPathMonitor>();
+    std::vector<bool> m_updates;
+};
+
+TEST(PathSatisfied, isWhateverIsNotKnownToBeCutOff)
+{
+    EXPECT_TRUE(isSatisfied(Reachability::Unknown));
+    EXPECT_TRUE(isSatisfied(Reachability::Site));
+    EXPECT_TRUE(isSatisfied(Reachability::Online));
+    EXPECT_FALSE(isSatisfied(Reachability::Disconnected));
+    EXPECT_FALSE(isSatisfied(Reachability::Local));
+}
+
+TEST_F(QtPathMonitorTest, tellsThePresentStateOnceAndNotBeforeStartHasReturned)
+{
+    start();
+    EXPECT_TRUE(m_updates.empty());
+    QCoreApplication::sendPostedEvents();
+    ASSERT_NE(QNetworkInformation::instance(), nullptr);
+    const bool present = isSatisfied(QNetworkInformation::instance()->reachability());
+    EXPECT_EQ(m_updates, std::vector<bool>{present});
+}
+
+TEST_F(QtPathMonitorTest, tellsEveryChangeOfTheSystem)
+{
+    start();
+    QCoreApplication::sendPostedEvents();
+    m_updates.clear();
+    QNetworkInformation* system = QNetworkInformation::instance();
+    ASSERT_NE(system, nullptr);
+    emit system->reachabilityChanged(Reachability::Disconnected);
+    emit system->reachabilityChanged(Reachability::Local);
+    emit system->reachabilityChanged(Reachability::Site);
+    emit system->reachabilityChanged(Reachability::Online);
+    EXPECT_EQ(m_updates, (std::vector<bool>{false, false, true, true}));
+}
+
+TEST_F(QtPathMonitorTest, callsNothingBackOnceItIsGone)
+{
+    start();
+    m_monitor.reset();
+    QCoreApplication::sendPostedEvents();
+    ASSERT_NE(QNetworkInformation::instance(), nullptr);
+    emit QNetworkInformation::instance()->reachabilityChanged(Reachability::Disconnected);
+    EXPECT_TRUE(m_updates.empty());
+}
+
+using QtPathMonitorDeathTest = QtPathMonitorTest;
+
+// In a process of its own, since a backend that was loaded once stays.
+TEST_F(QtPathMonitorDeathTest, withoutABackendThePathCountsAsSatisfied)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto startWithoutPlugins = [this] {
+        QCoreApplication::setLibraryPaths({});
+        start();
+        const bool early = !m_updates.empty();
+        QCoreApplication::sendPostedEvents();
+        const bool isRight = QNetworkInformation::instance() == nullptr && !early &&
+                             m_updates == std::vector<bool>{true};
+        std::_Exit(isRight ? 0 : 1);
+    };
+    EXPECT_EXIT(startWithoutPlugins(), testing::ExitedWithCode(0), "");
+}
+
+} // namespace
+} // namespace vellumor
