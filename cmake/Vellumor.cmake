@@ -15,7 +15,8 @@ target_compile_options(vellumor_options INTERFACE
     $<$<BOOL:${VELLUMOR_WERROR}>:-Werror>)
 if(VELLUMOR_SANITIZE)
     target_compile_options(vellumor_options INTERFACE
-        -fsanitize=${VELLUMOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        -fsanitize=${VELLUMOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+        -g1) # lines are enough for a report, and all of it takes long to build
     target_link_options(vellumor_options INTERFACE -fsanitize=${VELLUMOR_SANITIZE})
 else()
     target_compile_definitions(vellumor_options INTERFACE

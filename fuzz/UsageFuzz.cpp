@@ -1,5 +1,6 @@
 #include "Fuzz.h"
 
+#include "base/Json.h"
 #include "base/Text.h"
 #include "usage/model/Usage.h"
 #include "usage/model/UsageCacheFile.h"

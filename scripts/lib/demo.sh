@@ -40,12 +40,24 @@ make_accounts() {
 
 inside() {
     local build=$1 port
-    printf '\n' | gnome-keyring-daemon --unlock --components=secrets >/dev/null 2>&1
+    if ! printf '\n' | gnome-keyring-daemon --unlock --components=secrets >"$HOME/keyring.log" 2>&1; then
+        echo "The keyring of the demonstration does not start:" >&2
+        cat "$HOME/keyring.log" >&2
+        return 1
+    fi
     make_accounts
-    coproc SERVER { exec "$build/tests/demo/vellumor-usage-server"; }
-    read -r port <&"${SERVER[0]}"
+    "$build/tests/demo/vellumor-usage-server" >"$HOME/port" &
+    server=$!
+    trap 'kill "$server" 2>/dev/null || true' EXIT
+    until [[ -s $HOME/port ]]; do
+        if ! kill -0 "$server" 2>/dev/null; then
+            echo "The usage server of the demonstration does not start." >&2
+            return 1
+        fi
+        sleep 0.05
+    done
+    read -r port <"$HOME/port"
     VELLUMOR_API_BASE="http://127.0.0.1:$port" VELLUMOR_DIAG=1 "$build/src/app/vellumor"
-    kill "$SERVER_PID"
 }
 
 if [[ ${1-} == --inside ]]; then

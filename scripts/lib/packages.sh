@@ -12,6 +12,7 @@ packages_test=(
     libgtest-dev libbenchmark-dev openssl python3 python3-gi python3-dbus git procps
     clang libclang-rt-14-dev clang-format clang-tidy-16
 )
+packages_fuzz=(clang libclang-rt-14-dev)
 
 # install_packages NAME...: installs those that are missing, as root or through sudo, after saying which. Fails with a
 # clear message where it may not.
@@ -36,7 +37,9 @@ install_packages() {
         as_root=(sudo)
     fi
     echo "Installing: ${missing[*]}" >&2
-    "${as_root[@]}" apt-get update -qq
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    if ! { "${as_root[@]}" apt-get update -qq && "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null; }; then
+        echo "These packages could not be installed, see above: ${missing[*]}" >&2
+        return 1
+    fi
 }

@@ -5,12 +5,12 @@
 #include "accounts/IdentityFile.h"
 #include "accounts/KeychainReader.h"
 #include "base/Log.h"
-#include "base/Text.h"
 #include "store/DiskPath.h"
 #include "store/FileReader.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <set>
 
 namespace vellumor {
@@ -43,8 +43,10 @@ std::optional<std::vector<std::string>> AccountDiscovery::homeConfigDirs(const s
         std::error_code unreadable;
         if (!isConfigDirName(name) || !entry->is_directory(unreadable))
             continue;
-        if (Text::isValidUtf8(name))
-            dirs.insert(ConfigDir::canonical(home + "/" + name, home));
+        const std::string dir =
+            ConfigDir::canonical(std::string(home).append("/").append(name), home);
+        if (!dir.empty())
+            dirs.insert(dir);
         else
             log(Tag::accounts, "skipped a config directory whose name is not valid UTF-8");
     }
@@ -61,7 +63,9 @@ AccountDiscovery AccountDiscovery::live(DiscoveryInputs inputs, const std::strin
         auto dirs = homeConfigDirs(home);
         if (!dirs)
             return dirs;
-        std::copy_if(known.begin(), known.end(), std::back_inserter(*dirs), DiskPath::isFolder);
+        std::set<std::string> all(dirs->begin(), dirs->end());
+        std::copy_if(known.begin(), known.end(), std::inserter(all, all.end()), DiskPath::isFolder);
+        dirs->assign(all.begin(), all.end());
         directories.rebuild(*dirs);
         return dirs;
     };

@@ -1,5 +1,6 @@
 #include "accounts/IdentityFile.h"
 
+#include "base/Json.h"
 #include "base/StrictReader.h"
 
 namespace vellumor::IdentityFile {

@@ -71,7 +71,7 @@ Resolved resolveLiving(const Choices& choices,
     const auto service = resolve(choices);
     if (!service)
         return {};
-    const Resolved primary = resolved(*service, probe(*service));
+    Resolved primary = resolved(*service, probe(*service));
     const auto present = presentCandidates(choices);
     if (primary.status == TokenStatus::readable || present.size() < 2)
         return primary;

@@ -1,5 +1,6 @@
 #include "accounts/SharedAccountsStore.h"
 
+#include "base/Json.h"
 #include "base/Log.h"
 #include "store/FileReader.h"
 

@@ -1,5 +1,6 @@
 #include "accounts/SharedIdentity.h"
 
+#include "base/Json.h"
 #include "base/StrictReader.h"
 
 #include <limits>

@@ -1,6 +1,7 @@
 #include "accounts/StoredAccount.h"
 
 #include "base/Format.h"
+#include "base/Json.h"
 #include "base/StrictReader.h"
 
 namespace vellumor {

@@ -8,20 +8,9 @@
 
 #include <QCoreApplication>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace vellumor {
 
 namespace {
-
-std::optional<unsigned> ownerOf(const std::string& path)
-{
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0)
-        return std::nullopt;
-    return status.st_uid;
-}
 
 void onActivate(const std::string&)
 {
@@ -33,10 +22,6 @@ void onActivate(const std::string&)
 int runApplicationMode(int argc, char** argv, const Environment& environment)
 {
     const Folders folders = Folders::fromEnvironment(environment);
-    if (Startup::isForeignRoot(::geteuid(), ownerOf(folders.home))) {
-        log(Tag::main, "running as root in another user's home — cannot start");
-        return 1;
-    }
     QCoreApplication application(argc, argv);
     const FileStore files;
     SingleCopy copy(files, folders.vellumor() + "/.lock", environment);

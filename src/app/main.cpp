@@ -2,22 +2,56 @@
 #include "app/DiagnosticsMode.h"
 #include "app/Startup.h"
 #include "base/Environment.h"
+#include "base/Log.h"
 #include "platform/linux/SessionBus.h"
+#include "store/DiskPath.h"
+#include "store/Folders.h"
 
+#include <QLoggingCategory>
 #include <sodium.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <optional>
+
+namespace {
+
+using namespace vellumor;
+
+bool isForeignRoot(const Environment& environment)
+{
+    const std::string home = DiskPath::spelled(Folders::fromEnvironment(environment).home);
+    struct stat status {};
+    std::optional<unsigned> owner;
+    if (::stat(home.c_str(), &status) == 0)
+        owner = status.st_uid;
+    return Startup::isForeignRoot(::geteuid(), owner);
+}
+
+// Qt's own account of its network traffic names headers, and a variable could ask for it.
+void silenceNetworkLogging()
+{
+    qunsetenv("QT_LOGGING_RULES");
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.network.*=false"));
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
-    const auto environment = vellumor::readEnvironment(environ);
-    vellumor::SessionBus::pinAddress(environment);
+    const auto environment = readEnvironment(environ);
+    SessionBus::pinAddress(environment);
+    silenceNetworkLogging();
     // A reader of our output that goes away must not take the program with it.
     std::signal(SIGPIPE, SIG_IGN);
     if (sodium_init() < 0)
         return 1; // no source of randomness: nothing here could be kept secret
-    if (vellumor::Startup::mode(environment) == vellumor::Startup::Mode::diagnostics)
-        return vellumor::runDiagnosticsMode(argc, argv, environment);
-    return vellumor::runApplicationMode(argc, argv, environment);
+    if (isForeignRoot(environment)) {
+        log(Tag::main, "running as root in another user's home — cannot start");
+        return 1;
+    }
+    if (Startup::mode(environment) == Startup::Mode::diagnostics)
+        return runDiagnosticsMode(argc, argv, environment);
+    return runApplicationMode(argc, argv, environment);
 }

@@ -28,7 +28,8 @@ public:
     void post(std::function<void()> job) { m_pool.start(std::move(job)); }
 
     // Awaited on the main thread: runs `job` on the worker and gives its result back on the main
-    // thread. The job must not throw. Nothing runs until it is awaited.
+    // thread. The job must not throw. Nothing runs until it is awaited. The awaiting coroutine must
+    // not be destroyed while the job runs.
     template <typename Job>
     class [[nodiscard]] Result {
     public:

@@ -1,5 +1,7 @@
 #include "base/Json.h"
 
+#include "base/Text.h"
+
 #include <cmath>
 
 namespace vellumor {
@@ -37,13 +39,6 @@ std::size_t closingQuote(std::string_view bytes, std::size_t open)
             return quote;
     }
     return bytes.size();
-}
-
-void escapeSlashes(std::string& text)
-{
-    // A slash can stand only inside a string.
-    for (auto at = text.find('/'); at != std::string::npos; at = text.find('/', at + 2))
-        text.insert(at, 1, '\\');
 }
 
 } // namespace
@@ -96,9 +91,10 @@ std::optional<std::string> writeJson(Json json, JsonLayout layout, JsonSlashes s
     makeIntegral(json);
     try {
         std::string text = json.dump(layout == JsonLayout::pretty ? 2 : -1);
-        if (slashes == JsonSlashes::escaped)
-            escapeSlashes(text);
-        return text;
+        if (slashes == JsonSlashes::plain)
+            return text;
+        return Text::replaced(std::move(text), "/",
+                              "\\/");   // a slash can stand only inside a string
     } catch (const Json::type_error&) { // a string that is not UTF-8
         return std::nullopt;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/JsonForward.h"
+
 #include <nlohmann/json.hpp>
 
 #include <optional>
@@ -7,10 +9,6 @@
 #include <string_view>
 
 namespace vellumor {
-
-// Untyped JSON; objects keep their keys sorted by bytes. Integers of 64 bits, signed and unsigned,
-// and doubles keep their value.
-using Json = nlohmann::json;
 
 // Objects and arrays within one another: the outermost is at depth 1.
 inline constexpr int maxJsonDepth = 64;

@@ -1,5 +1,7 @@
 #include "base/StrictReader.h"
 
+#include "base/Json.h"
+
 #include <cmath>
 #include <limits>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Instant.h"
-#include "base/Json.h"
+#include "base/JsonForward.h"
 
 #include <optional>
 #include <string>

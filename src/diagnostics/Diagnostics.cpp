@@ -37,7 +37,7 @@ void Diagnostics::printWorld(const Findings& findings, const Redaction& redactio
 {
     m_print(ReportText::noCrashes(redaction.shown(m_folders.crashReports())));
     m_print(ReportText::noTelemetry());
-    m_print(ReportText::presence(findings.ownPresence, findings.siblingPresence));
+    m_print(ReportText::presence(findings.ownPresence, findings.siblingPresence, redaction));
     m_print(ReportText::onboarding(findings.onboarding, findings.shouldShowOnboarding));
     m_print(ReportText::revival(findings.preferences, std::nullopt, redaction));
     m_print(ReportText::keychain(findings.services.size()));

@@ -73,11 +73,11 @@ Findings Findings::gather(const Environment& environment, const Folders& folders
     const StoredAccounts records = readRecords(folders);
     auto discovery = AccountDiscovery::live({knownDirs(records), serviceOverrides(records)},
                                             folders.home, directories, keychain);
-    // The report shows the same listing as the scan uses, and neither asks twice.
-    findings.configDirs = discovery.listConfigDirs();
-    findings.services = discovery.enumerateServices();
-    discovery.listConfigDirs = [&] { return findings.configDirs; };
-    discovery.enumerateServices = [&] { return findings.services; };
+    findings.configDirs = AccountDiscovery::homeConfigDirs(folders.home);
+    // The report shows the services that the scan has seen, which asks for them once.
+    discovery.enumerateServices = [&findings, enumerate = discovery.enumerateServices] {
+        return findings.services = enumerate();
+    };
     findings.accounts = discovery.run().facts;
     findings.unmatched = unmatchedOf(findings, keychain);
     findings.pollable = static_cast<int>(

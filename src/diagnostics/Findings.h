@@ -23,8 +23,8 @@ struct Findings {
     bool shouldShowOnboarding = false;
     std::optional<PresenceMarker::Presence> ownPresence;
     std::optional<PresenceMarker::Presence> siblingPresence;
-    std::vector<std::string> services; // that hold a credential
-    std::optional<std::vector<std::string>> configDirs;
+    std::vector<std::string> services;                  // that hold a credential
+    std::optional<std::vector<std::string>> configDirs; // in the home folder; nothing: not listable
     std::vector<DiscoveredFacts> accounts;
     std::vector<DiscoveredFacts> unmatched; // services that no account took; configDir is empty
     int pollable = 0;

@@ -10,8 +10,28 @@ namespace vellumor {
 
 namespace {
 
-constexpr std::string_view hiddenMark = "…";
-constexpr std::size_t shortestHidden = 3; // hiding every "a" would hide the report
+constexpr const char* hiddenMark = "…";
+constexpr std::size_t shortName = 2;     // hiding every "a" would hide the report
+constexpr std::size_t longPattern = 200; // in bytes; what RE2 makes of more takes too much memory
+
+// One form for names and texts, so that a name in another spelling is found.
+std::string comparable(std::string_view text)
+{
+    return Text::printable(Text::composed(text));
+}
+
+// Hides `name` in `text` in any letter case; a very short one only where it stands as a word of its
+// own.
+void hide(const std::string& name, std::string& text)
+{
+    if (name.size() > longPattern) {
+        text = Text::replaced(std::move(text), name, hiddenMark);
+        return;
+    }
+    const bool isShort = Text::length(name) <= shortName;
+    const std::string edge = isShort ? "\\b" : "";
+    re2::RE2::GlobalReplace(&text, "(?i)" + edge + re2::RE2::QuoteMeta(name) + edge, hiddenMark);
+}
 
 } // namespace
 
@@ -20,8 +40,8 @@ Redaction::Redaction(std::string home, const std::vector<DiscoveredFacts>& facts
 {
     for (const DiscoveredFacts& account : facts) {
         for (const auto& name : {account.email, account.org}) {
-            if (name && Text::length(*name) >= shortestHidden)
-                m_hidden.push_back(*name);
+            if (name && !name->empty())
+                m_hidden.push_back(comparable(*name));
         }
     }
     // Longer names first, so that a name within another does not leave the rest of it standing.
@@ -31,15 +51,13 @@ Redaction::Redaction(std::string home, const std::vector<DiscoveredFacts>& facts
 
 std::string Redaction::shown(std::string_view text) const
 {
-    std::string result = Text::printable(text);
+    std::string result = comparable(text);
     if (result == m_home || result.starts_with(m_home + "/"))
         result.replace(0, m_home.size(), "~");
     result = Text::replaced(std::move(result), "\"" + m_home + "/", "\"~/");
-    for (const std::string& name : m_hidden) {
-        const std::string pattern = "(?i)" + re2::RE2::QuoteMeta(name);
-        re2::RE2::GlobalReplace(&result, pattern, std::string(hiddenMark));
-    }
-    re2::RE2::GlobalReplace(&result, R"([^\s@/"]+@[^\s@/"]+)", std::string(hiddenMark));
+    for (const std::string& name : m_hidden)
+        hide(name, result);
+    re2::RE2::GlobalReplace(&result, R"([^\s@/"]+@[^\s@/"]+)", hiddenMark);
     return result;
 }
 

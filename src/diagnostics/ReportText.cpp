@@ -114,9 +114,9 @@ std::string noTelemetry()
 }
 
 std::string presence(const std::optional<PresenceMarker::Presence>& own,
-                     const std::optional<PresenceMarker::Presence>& sibling)
+                     const std::optional<PresenceMarker::Presence>& sibling,
+                     const Redaction& redaction)
 {
-    const Redaction redaction({}, {});
     return fmt::format("Presence:  vellumor={} · ostrelline installed={}\n",
                        presenceValue(own, redaction), presenceValue(sibling, redaction));
 }

@@ -20,7 +20,8 @@ namespace vellumor::ReportText {
 [[nodiscard]] std::string noCrashes(const std::string& folder);
 [[nodiscard]] std::string noTelemetry();
 [[nodiscard]] std::string presence(const std::optional<PresenceMarker::Presence>& own,
-                                   const std::optional<PresenceMarker::Presence>& sibling);
+                                   const std::optional<PresenceMarker::Presence>& sibling,
+                                   const Redaction& redaction);
 [[nodiscard]] std::string onboarding(const OnboardingState& state, bool shouldShow);
 // `claudePath` is nothing while no claude binary has been found.
 [[nodiscard]] std::string revival(const Preferences& preferences,

@@ -1,5 +1,6 @@
 #include "store/FileStore.h"
 
+#include "base/Json.h"
 #include "base/Log.h"
 #include "base/SecureRandom.h"
 #include "store/FileHandle.h"
@@ -39,6 +40,12 @@ std::string nameOf(const std::string& path)
 void setMode(const std::string& path, mode_t mode)
 {
     std::ignore = ::fchmodat(AT_FDCWD, path.c_str(), mode, AT_SYMLINK_NOFOLLOW);
+}
+
+// True as well where the file system has no such operation.
+bool bringToDisk(const FileCalls& calls, int file)
+{
+    return calls.fsync(file) == 0 || errno == EINVAL || errno == ENOSYS || errno == ENOTSUP;
 }
 
 Json readObject(const std::string& path)
@@ -121,7 +128,7 @@ std::optional<std::string> FileStore::writeTemp(std::string_view bytes,
     // The umask may have taken bits of the owner's own; on disk before the rename, so that a power
     // cut cannot leave the new name with old or no bytes.
     std::ignore = ::fchmod(file.get(), filePermissions);
-    if (!writeAll(file.get(), bytes) || m_calls.fsync(file.get()) != 0) {
+    if (!writeAll(file.get(), bytes) || !bringToDisk(m_calls, file.get())) {
         ::unlink(temp.c_str());
         return std::nullopt;
     }

@@ -12,14 +12,19 @@ namespace vellumor {
 
 namespace {
 
+std::string withoutClosingSlash(std::string path)
+{
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
 std::optional<std::string> absolute(const Environment& environment, std::string_view name)
 {
     auto path = value(environment, name);
     if (!path || path->front() != '/')
         return std::nullopt;
-    while (path->size() > 1 && path->back() == '/')
-        path->pop_back();
-    return path;
+    return withoutClosingSlash(*std::move(path));
 }
 
 std::string homeOfUser()
@@ -29,7 +34,7 @@ std::string homeOfUser()
     passwd* found = nullptr;
     if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
         found != nullptr && found->pw_dir != nullptr && found->pw_dir[0] == '/')
-        return found->pw_dir;
+        return withoutClosingSlash(found->pw_dir);
     return "/";
 }
 

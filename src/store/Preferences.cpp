@@ -1,5 +1,6 @@
 #include "store/Preferences.h"
 
+#include "base/Json.h"
 #include "base/StrictReader.h"
 
 #include <algorithm>

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/Json.h"
-
 #include <map>
 #include <optional>
 #include <string>

@@ -1,5 +1,6 @@
 #include "store/PresenceMarker.h"
 
+#include "base/Json.h"
 #include "base/StrictReader.h"
 #include "store/FileReader.h"
 

@@ -4,7 +4,10 @@ namespace vellumor {
 
 NetworkMonitor::NetworkMonitor(PathMonitor& paths)
 {
-    paths.start([this](bool satisfied) { update(satisfied); });
+    paths.start([self = std::weak_ptr(m_self)](bool satisfied) {
+        if (const auto monitor = self.lock())
+            (*monitor)->update(satisfied);
+    });
 }
 
 void NetworkMonitor::update(bool satisfied)

@@ -3,6 +3,7 @@
 #include "platform/PathMonitor.h"
 
 #include <functional>
+#include <memory>
 
 namespace vellumor {
 
@@ -10,7 +11,7 @@ namespace vellumor {
 // thread only.
 class NetworkMonitor {
 public:
-    // Starts listening. `paths` and whoever sets onChange outlive the monitor's use.
+    // Starts listening; updates that come after the monitor's end are dropped.
     explicit NetworkMonitor(PathMonitor& paths);
     NetworkMonitor(const NetworkMonitor&) = delete;
     NetworkMonitor& operator=(const NetworkMonitor&) = delete;
@@ -25,6 +26,8 @@ private:
     void update(bool satisfied);
 
     bool m_isOnline = true;
+    std::shared_ptr<NetworkMonitor*> m_self =
+        std::make_shared<NetworkMonitor*>(this); // gone with this
 };
 
 } // namespace vellumor

@@ -40,13 +40,15 @@ std::vector<std::string> readLines(const std::string& fileURL)
 
 std::optional<std::string> RateLimitEntry::encode() const
 {
+    if (!std::isfinite(effectiveIntervalSeconds) || !std::isfinite(backoffSeconds))
+        return std::nullopt;
     Json json = {
         {"at", Format::isoWholeSeconds(at)}, {"configDir", configDir}, {"trigger", trigger}};
     put(json, "sinceLastRequestSeconds", sinceLastRequestSeconds);
     if (lastRequestConfigDir)
         json["lastRequestConfigDir"] = *lastRequestConfigDir;
-    put(json, "effectiveIntervalSeconds", effectiveIntervalSeconds);
-    put(json, "backoffSeconds", backoffSeconds);
+    json["effectiveIntervalSeconds"] = effectiveIntervalSeconds;
+    json["backoffSeconds"] = backoffSeconds;
     put(json, "retryAfterSeconds", retryAfterSeconds);
     return writeJson(std::move(json), JsonLayout::compact, JsonSlashes::plain);
 }
@@ -64,7 +66,7 @@ void RateLimitLog::record(const RateLimitEntry& entry)
     if (!line)
         return;
     std::string bytes;
-    for (const std::string& kept : trimmed(readLines(m_fileURL), *std::move(line), cap))
+    for (const std::string& kept : trimmed(readLines(m_fileURL), *std::move(line), maxEntries))
         bytes.append(kept).append("\n");
     m_files.write(bytes, m_fileURL);
 }

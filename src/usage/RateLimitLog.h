@@ -30,7 +30,7 @@ struct RateLimitEntry {
 // sees to. Nothing here reports an error: it is a diagnostic, and must not disturb a fetch.
 class RateLimitLog {
 public:
-    static constexpr int cap = 500;
+    static constexpr int maxEntries = 500;
 
     // Makes the file's folder. `files` outlives the log.
     RateLimitLog(const FileStore& files, std::string fileURL);

@@ -25,6 +25,16 @@ UsageFetchError rateLimited(const std::optional<std::string>& header)
     return limited;
 }
 
+// The size of a number that a double cannot tell: too large for one, or too close to zero.
+double beyondRange(const std::string& number)
+{
+    const auto exponent = number.find_first_of("eE");
+    const bool negative = exponent != std::string::npos && number[exponent + 1] == '-';
+    const auto digit = number.find_first_not_of("+-0");
+    const bool fraction = exponent == std::string::npos && number[digit] == '.';
+    return negative || fraction ? 0.0 : std::numeric_limits<double>::infinity();
+}
+
 UsageFetchError httpError(int status)
 {
     UsageFetchError http = error(Kind::http);
@@ -99,17 +109,14 @@ std::optional<double> UsageClient::parseRetryAfter(const std::string& header)
 {
     const char* begin = header.data();
     const char* end = begin + header.size();
+    if (header.size() > 1 && header[0] == '+' && header[1] != '-')
+        ++begin;
     double seconds = 0;
     const auto [stop, problem] = std::from_chars(begin, end, seconds);
     if (stop != end || header.empty() || problem == std::errc::invalid_argument)
         return std::nullopt;
-    if (problem == std::errc::result_out_of_range) {
-        // Too large, or closer to zero than a double can tell.
-        const bool tiny =
-            header.find("e-") != std::string::npos || header.find("E-") != std::string::npos;
-        const double most = tiny ? 0.0 : std::numeric_limits<double>::infinity();
-        return header.front() == '-' ? -most : most;
-    }
+    if (problem == std::errc::result_out_of_range)
+        return header.front() == '-' ? -beyondRange(header) : beyondRange(header);
     return seconds;
 }
 

@@ -11,7 +11,7 @@ struct UsageFetchError {
     enum class Kind {
         keychain,    // detail: why the credential could not be read
         rateLimited, // 429; retryAfter as the server gave it
-        http,        // any other status; -1 when the answer was no HTTP answer
+        http,        // any other status
         decode,      // 200 with a body that is no reading; detail: why
         transport,   // no answer; detail: why
         noService,

@@ -1,5 +1,6 @@
 #include "accounts/SharedAccountsStore.h"
 
+#include "base/Json.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>

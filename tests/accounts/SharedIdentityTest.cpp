@@ -1,4 +1,5 @@
 #include "accounts/SharedIdentity.h"
+#include "base/Json.h"
 
 #include <gtest/gtest.h>
 

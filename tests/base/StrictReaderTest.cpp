@@ -1,6 +1,7 @@
 #include "base/StrictReader.h"
 
 #include "base/Format.h"
+#include "base/Json.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 
 #include "accounts/SharedAccountsStore.h"
 #include "accounts/StoredAccount.h"
+#include "base/Json.h"
 #include "store/FileHandle.h"
 #include "store/OnboardingStore.h"
 #include "store/Preferences.h"

@@ -2,6 +2,7 @@
 // returned.
 
 #include "accounts/AccountStore.h"
+#include "base/Json.h"
 #include "crash/CrashFiles.h"
 #include "store/OnboardingStore.h"
 #include "store/PreferencesStore.h"

@@ -62,6 +62,24 @@ TEST_F(FindingsTest, everyAccountIsFoundWithItsState)
     EXPECT_EQ(findings.pollable, 1);
 }
 
+TEST_F(FindingsTest, aKnownDirectoryInTheHomeIsCountedOnceAndOneElsewhereNotAsOfTheHome)
+{
+    home.put(".claude-a/.credentials.json", livingCredential);
+    home.put("elsewhere/b/.credentials.json", livingCredential);
+    const auto record = [](const char* id) {
+        return std::string(R"(":{"id":")") + id +
+               R"(","name":"A","order":0,"tracked":true,"pinned":false})";
+    };
+    home.put("data/Vellumor/accounts.json", R"({"schemaVersion":1,"accounts":{")" +
+                                                home.file(".claude-a") + record("aaaaaa") + ",\"" +
+                                                home.file("elsewhere/b") + record("bbbbbb") + "}}");
+    const Findings findings = gather();
+    ASSERT_TRUE(findings.configDirs);
+    EXPECT_EQ(*findings.configDirs, std::vector<std::string>{home.file(".claude-a")});
+    EXPECT_EQ(findings.accounts.size(), 2U);
+    EXPECT_EQ(findings.pollable, 2);
+}
+
 TEST_F(FindingsTest, untrackedAndHiddenAccountsAreNotPollable)
 {
     home.put(".claude-a/.credentials.json", livingCredential);

@@ -35,9 +35,25 @@ TEST(Redaction, hidesWhatCouldTellWhoIsSignedIn)
         EXPECT_EQ(redaction.shown(text), shown);
 }
 
-TEST(Redaction, aNameTooShortToHideLeavesTheTextReadable)
+TEST(Redaction, aVeryShortNameIsHiddenWhereItIsAWordAndLeavesOtherWordsReadable)
 {
     EXPECT_EQ(redaction.shown("max ABC"), "max ABC");
+    EXPECT_EQ(redaction.shown("/home/ann/.claude-ab"), "~/.claude-…");
+}
+
+TEST(Redaction, aNameIsFoundInAnyComposition)
+{
+    const Redaction composed("/home/ann", {facts(std::nullopt, "Caf\u00e9 Noir")});
+    EXPECT_EQ(composed.shown("Cafe\u0301 Noir"), "…");
+    const Redaction decomposed("/home/ann", {facts(std::nullopt, "Cafe\u0301 Noir")});
+    EXPECT_EQ(decomposed.shown("Caf\u00e9 Noir"), "…");
+}
+
+TEST(Redaction, aVeryLongNameIsHiddenToo)
+{
+    const std::string name(10000, 'n');
+    const Redaction longest("/home/ann", {facts(std::nullopt, name)});
+    EXPECT_EQ(longest.shown(".claude-" + name), ".claude-…");
 }
 
 TEST(Redaction, controlCharactersCannotForgeALine)

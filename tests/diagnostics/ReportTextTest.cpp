@@ -22,7 +22,7 @@ TEST(ReportText, sectionsWithNothingToTellSaySo)
     EXPECT_EQ(ReportText::noCrashes("~/reports"),
               "crash  : no crash reports on disk (~/reports)\n");
     EXPECT_EQ(ReportText::noTelemetry(), "Telemetry: not written yet\n");
-    EXPECT_EQ(ReportText::presence(std::nullopt, std::nullopt),
+    EXPECT_EQ(ReportText::presence(std::nullopt, std::nullopt, redaction),
               "Presence:  vellumor=no · ostrelline installed=no\n");
     EXPECT_EQ(ReportText::noCaches(), "    cache    : shared (none yet)\n"
                                       "    vscode   : (no status cache)\n"
@@ -34,7 +34,7 @@ TEST(ReportText, sectionsWithNothingToTellSaySo)
 TEST(ReportText, presenceTellsVersionAndFirstDay)
 {
     const PresenceMarker::Presence sibling = {"ostrelline", "2.1", "2026-01-02T03:04:05.000Z", ""};
-    EXPECT_EQ(ReportText::presence(std::nullopt, sibling),
+    EXPECT_EQ(ReportText::presence(std::nullopt, sibling, redaction),
               "Presence:  vellumor=no · ostrelline installed=yes (v2.1, since "
               "2026-01-02T03:04:05.000Z)\n");
 }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 
 namespace vellumor {
 namespace {
@@ -17,15 +18,18 @@ using test::KeyringDaemon;
 using test::LoopbackServer;
 using test::PrivateBus;
 using test::ProgramWorld;
+using test::Reaction;
 using test::SeenRequest;
 
 constexpr std::string_view fileMarker = "marker-token-of-the-file-8d1f";
 constexpr std::string_view keyringMarker = "marker-token-of-the-keyring-41c7";
+constexpr std::string_view refreshMarker = "marker-refresh-token-77ab";
 
 bool hasMarker(const std::string& text)
 {
     return text.find(fileMarker) != std::string::npos ||
-           text.find(keyringMarker) != std::string::npos;
+           text.find(keyringMarker) != std::string::npos ||
+           text.find(refreshMarker) != std::string::npos;
 }
 
 // The command line and environment of every process on the machine that this one may look at.
@@ -41,24 +45,54 @@ std::string allProcesses()
     return text;
 }
 
+enum class Behaviour { good, unauthorized, rateLimited, broken, redirecting, flooding, resetting };
+
 // An endpoint that looks around while it is asked, and answers in a way that would tempt to quote
 // the request.
 struct CuriousEndpoint {
+    Behaviour behaviour = Behaviour::good;
     bool sawMarkerInAProcess = false;
-    std::vector<std::string> bearers;
-    int status = 200;
-    LoopbackServer server{[this](const SeenRequest& request) { return answerTo(request); }};
+    std::set<std::string> bearers;
+    LoopbackServer server{[this](const SeenRequest& request) { return reactionTo(request); }};
 
-    Answer answerTo(const SeenRequest& request)
+    Reaction reactionTo(const SeenRequest& request)
     {
         const std::string authorization = request.header("authorization").value_or("");
-        bearers.push_back(authorization);
+        bearers.insert(authorization);
         sawMarkerInAProcess = sawMarkerInAProcess || hasMarker(allProcesses());
-        return {status, {{"X-Echo", authorization}}, "[\"" + authorization + "\"]"};
+        Answer echo{200, {{"X-Echo", authorization}}, "[\"" + authorization + "\"]"};
+        switch (behaviour) {
+        case Behaviour::unauthorized:
+            echo.status = 401;
+            break;
+        case Behaviour::rateLimited:
+            echo.status = 429;
+            break;
+        case Behaviour::broken:
+            echo.status = 500;
+            break;
+        case Behaviour::redirecting:
+            if (request.path != "/elsewhere")
+                return Answer{302, {{"Location", server.url("/elsewhere", "localhost")}}, ""};
+            break;
+        case Behaviour::flooding:
+            return test::Flood();
+        case Behaviour::resetting:
+            return test::Reset();
+        case Behaviour::good:
+            break;
+        }
+        return echo;
     }
 };
 
-class SecretsTest : public testing::TestWithParam<int> {};
+std::string credential(std::string_view token)
+{
+    return R"({"claudeAiOauth":{"accessToken":")" + std::string(token) + R"(","refreshToken":")" +
+           std::string(refreshMarker) + "\"}}";
+}
+
+class SecretsTest : public testing::TestWithParam<Behaviour> {};
 
 TEST_P(SecretsTest, aTokenReachesTheEndpointAndNothingElse)
 {
@@ -66,11 +100,11 @@ TEST_P(SecretsTest, aTokenReachesTheEndpointAndNothingElse)
     const PrivateBus bus(world.folder.makeFolder("bus"));
     const KeyringDaemon keyring(bus);
     keyring.store("Claude Code-credentials-" + Sha256::first8Hex(world.home + "/.claude-work"),
-                  R"({"claudeAiOauth":{"accessToken":")" + std::string(keyringMarker) + "\"}}");
+                  credential(keyringMarker));
     world.folder.makeFolder("home/.claude-work");
-    world.signIn(".claude", fileMarker);
+    world.folder.put("home/.claude/.credentials.json", credential(fileMarker));
     CuriousEndpoint endpoint;
-    endpoint.status = GetParam();
+    endpoint.behaviour = GetParam();
     world.environment["VELLUMOR_DIAG"] = "1";
     world.environment["QT_LOGGING_RULES"] = "*=true";
     world.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
@@ -79,18 +113,25 @@ TEST_P(SecretsTest, aTokenReachesTheEndpointAndNothingElse)
 
     EXPECT_EQ(world.run(), 0);
 
-    EXPECT_EQ(endpoint.bearers, (std::vector<std::string>{"Bearer " + std::string(fileMarker),
-                                                          "Bearer " + std::string(keyringMarker)}));
+    std::set<std::string> expected = {"Bearer " + std::string(fileMarker),
+                                      "Bearer " + std::string(keyringMarker)};
+    if (GetParam() == Behaviour::redirecting)
+        expected.insert(""); // the other host is asked without it
+    EXPECT_EQ(endpoint.bearers, expected);
     EXPECT_FALSE(endpoint.sawMarkerInAProcess);
     EXPECT_FALSE(hasMarker(world.log()));
-    for (const std::string& path : test::filesBelow(world.home)) {
+    for (const std::string& path : test::filesBelow(world.folder.path())) {
         if (!path.ends_with("/.claude/.credentials.json")) {
             EXPECT_FALSE(hasMarker(test::contentsOf(path))) << path;
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(WhateverTheAnswer, SecretsTest, testing::Values(200, 401, 429, 500));
+INSTANTIATE_TEST_SUITE_P(WhateverTheAnswer, SecretsTest,
+                         testing::Values(Behaviour::good, Behaviour::unauthorized,
+                                         Behaviour::rateLimited, Behaviour::broken,
+                                         Behaviour::redirecting, Behaviour::flooding,
+                                         Behaviour::resetting));
 
 } // namespace
 } // namespace vellumor

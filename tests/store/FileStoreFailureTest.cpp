@@ -1,5 +1,6 @@
 #include "store/FileStore.h"
 
+#include "base/Json.h"
 #include "support/FailingFileCalls.h"
 #include "support/TempFolder.h"
 

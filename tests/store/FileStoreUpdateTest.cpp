@@ -1,5 +1,6 @@
 #include "store/FileStore.h"
 
+#include "base/Json.h"
 #include "store/SharedFileTest.h"
 
 #include <bit>

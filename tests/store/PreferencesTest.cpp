@@ -1,5 +1,7 @@
 #include "store/Preferences.h"
 
+#include "base/Json.h"
+
 #include <gtest/gtest.h>
 
 namespace vellumor {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Json.h"
 #include "store/FileStore.h"
 #include "support/TempFolder.h"
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 namespace vellumor {
@@ -53,6 +54,16 @@ TEST_F(NetworkMonitorTest, theStateHasChangedBeforeTheCall)
     monitor.onChange = [&](bool) { during = monitor.isOnline(); };
     paths.tell(false);
     EXPECT_FALSE(during);
+}
+
+TEST(NetworkMonitor, anUpdateAfterItsEndIsDropped)
+{
+    FakePaths paths;
+    std::make_unique<NetworkMonitor>(paths).reset();
+    paths.tell(false);
+    const NetworkMonitor next(paths);
+    paths.tell(true);
+    EXPECT_TRUE(next.isOnline());
 }
 
 TEST_F(NetworkMonitorTest, worksWithNobodyListening)

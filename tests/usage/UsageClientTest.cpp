@@ -170,6 +170,8 @@ TEST_F(UsageClientTest, retryAfterCountsOnlyAsAPlainNumber)
         {"1e400", HUGE_VAL},
         {"-1e400", -HUGE_VAL},
         {"1e-400", 0.0},
+        {"+5", 5.0},
+        {"+-5", std::nullopt},
         {"", std::nullopt},
         {" 120", std::nullopt},
         {"120 ", std::nullopt},

@@ -15,7 +15,8 @@ public:
     {
         constexpr std::string_view scheme = "Bearer ";
         // All at once, since growing would leave a piece of the token behind.
-        m_value.reserve(static_cast<qsizetype>(scheme.size() + token.size()));
+        m_value.reserve(static_cast<qsizetype>(scheme.size()) +
+                        static_cast<qsizetype>(token.size()));
         m_value.append(scheme.data(), static_cast<qsizetype>(scheme.size()));
         m_value.append(token.data(), static_cast<qsizetype>(token.size()));
     }

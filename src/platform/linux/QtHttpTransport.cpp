@@ -132,7 +132,7 @@ private:
 
     void take()
     {
-        std::array<char, 16 * 1024> piece;
+        std::array<char, 16384> piece;
         while (m_end == End::itself && m_reply->isOpen()) {
             const qint64 count = m_reply->read(piece.data(), static_cast<qint64>(piece.size()));
             if (count <= 0)

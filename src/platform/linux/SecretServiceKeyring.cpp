@@ -1,5 +1,7 @@
 #include "platform/linux/SecretServiceKeyring.h"
 
+#include "platform/linux/SessionBus.h"
+
 #include "base/Text.h"
 
 #include <gio/gio.h>
@@ -92,21 +94,6 @@ private:
     GMainContext* m_context;
 };
 
-// The address without those entries that start a bus when none is there.
-std::string reachableOnly(std::string_view address)
-{
-    std::string kept;
-    while (!address.empty()) {
-        const std::string_view entry = address.substr(0, address.find(';'));
-        address.remove_prefix(std::min(entry.size() + 1, address.size()));
-        if (entry.empty() || entry.starts_with("autolaunch:"))
-            continue;
-        kept += kept.empty() ? "" : ";";
-        kept += entry;
-    }
-    return kept;
-}
-
 // The library binds its service to the name and to the process's one connection, by changing the
 // properties that a new object is given. This kind leaves them as they are.
 GType boundServiceType()
@@ -127,7 +114,7 @@ public:
     Call(const std::string& busAddress, std::chrono::milliseconds timeout)
         : m_deadline(timeout)
     {
-        m_connection = connect(reachableOnly(busAddress));
+        m_connection = connect(SessionBus::reachable(busAddress));
         if (const auto owner = m_connection ? ownerOfService() : std::nullopt)
             openService(*owner);
         else
@@ -249,7 +236,8 @@ RawCredential secretOf(SecretItem* item, const Call& call)
     secret_item_load_secret_sync(item, call.cancellable(), &error);
     const Error owned(error);
     // Locked since it was found, or its owner said no.
-    if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED) != FALSE)
+    if (g_error_matches(error, SECRET_ERROR, SECRET_ERROR_IS_LOCKED) != FALSE ||
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED) != FALSE)
         return {RawCredential::denied, {}};
     const Value value(owned ? nullptr : secret_item_get_secret(item));
     if (!value)

@@ -2,14 +2,31 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace vellumor::SessionBus {
 
+std::string reachable(std::string_view address)
+{
+    std::string kept;
+    while (!address.empty()) {
+        const std::string_view entry = address.substr(0, address.find(';'));
+        address.remove_prefix(std::min(entry.size() + 1, address.size()));
+        if (entry.empty() || entry.starts_with("autolaunch:"))
+            continue;
+        kept += kept.empty() ? "" : ";";
+        kept += entry;
+    }
+    return kept;
+}
+
 std::string address(const Environment& environment)
 {
-    if (const auto given = value(environment, "DBUS_SESSION_BUS_ADDRESS"))
-        return *given;
+    if (const auto given = value(environment, "DBUS_SESSION_BUS_ADDRESS")) {
+        const std::string kept = reachable(*given);
+        return kept.empty() ? "disabled:" : kept;
+    }
     if (const auto folder = value(environment, "XDG_RUNTIME_DIR")) {
         const std::string path = *folder + "/bus";
         struct stat status {};

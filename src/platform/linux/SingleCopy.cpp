@@ -7,6 +7,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
+#include <QDeadlineTimer>
 #include <QThread>
 
 namespace vellumor {
@@ -19,10 +20,14 @@ constexpr int callTimeoutMs = 2000;
 constexpr int nameWaitMs = 2000; // the copy that came first may not be on the bus yet
 constexpr int nameWaitStepMs = 50;
 
+// 0 where the bus does not tell.
 std::optional<int> ownerOnBus()
 {
     auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || !bus.interface()->isServiceRegistered(busName))
+    if (!bus.isConnected())
+        return std::nullopt;
+    bus.interface()->setTimeout(callTimeoutMs);
+    if (!bus.interface()->isServiceRegistered(busName))
         return std::nullopt;
     const QDBusReply<uint> pid = bus.interface()->servicePid(busName);
     return pid.isValid() ? static_cast<int>(pid.value()) : 0;
@@ -30,7 +35,8 @@ std::optional<int> ownerOnBus()
 
 void waitForOwner()
 {
-    for (int waited = 0; waited < nameWaitMs && !ownerOnBus(); waited += nameWaitStepMs)
+    const QDeadlineTimer limit(nameWaitMs);
+    while (!limit.hasExpired() && !ownerOnBus())
         QThread::msleep(nameWaitStepMs);
 }
 
@@ -46,9 +52,11 @@ SingleCopy::~SingleCopy() = default;
 
 std::optional<int> SingleCopy::otherCopy()
 {
-    if (const auto pid = ownerOnBus())
-        return pid;
-    return m_lock.holder();
+    const auto owner = ownerOnBus();
+    if (owner && *owner != 0)
+        return owner;
+    const auto holder = m_lock.holder();
+    return holder ? holder : owner;
 }
 
 std::optional<int>
@@ -80,6 +88,8 @@ void SingleCopy::activateOther()
     if (!bus.isConnected())
         return;
     waitForOwner();
+    if (!ownerOnBus())
+        return; // it has no bus, or has just ended
     auto call = QDBusMessage::createMethodCall(busName, objectPath,
                                                QStringLiteral("org.freedesktop.Application"),
                                                QStringLiteral("Activate"));

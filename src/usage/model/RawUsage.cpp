@@ -1,5 +1,6 @@
 #include "usage/model/RawUsage.h"
 
+#include "base/Json.h"
 #include "base/StrictReader.h"
 
 namespace vellumor {

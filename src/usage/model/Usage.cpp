@@ -1,8 +1,10 @@
 #include "usage/model/Usage.h"
 
 #include "base/Format.h"
+#include "base/Json.h"
 #include "usage/model/RawUsage.h"
 
+#include <iterator>
 #include <set>
 
 namespace vellumor {
@@ -98,6 +100,7 @@ std::variant<Usage, Usage::DecodeError> Usage::decode(std::string_view bytes, In
     usage.fetchedAt = fetchedAt;
     std::set<std::string, std::less<>> seen;
     auto limits = raw.limits();
+    usage.windows.reserve(limits.size() + std::size(synthesisSlots));
     for (RawUsage::Limit& limit : limits) {
         if (limit.kind && SuppressedKinds::isSuppressed(*limit.kind, suppressed))
             continue;

@@ -1,6 +1,7 @@
 #include "usage/model/UsageCacheFile.h"
 
 #include "base/Format.h"
+#include "base/Json.h"
 #include "base/StrictReader.h"
 
 namespace vellumor {

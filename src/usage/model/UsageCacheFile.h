@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Json.h"
+#include "base/JsonForward.h"
 #include "usage/model/Usage.h"
 
 #include <optional>

@@ -1,5 +1,7 @@
 #include "usage/model/RawUsage.h"
 
+#include "base/Json.h"
+
 #include <gtest/gtest.h>
 
 namespace vellumor {

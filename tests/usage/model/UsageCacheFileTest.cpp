@@ -1,5 +1,6 @@
 #include "usage/model/UsageCacheFile.h"
 
+#include "base/Json.h"
 #include "base/Sha256.h"
 #include "support/FakeClock.h"
 

@@ -22,6 +22,18 @@ TEST(SessionBus, aGivenAddressIsTakenAsItIs)
               "unix:path=/x");
 }
 
+TEST(SessionBus, anEntryThatWouldStartABusIsLeftOut)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"autolaunch:", "disabled:"},
+        {"autolaunch:scope=*user", "disabled:"},
+        {"unix:path=/x;autolaunch:", "unix:path=/x"},
+        {";autolaunch:;unix:path=/x;;unix:path=/y", "unix:path=/x;unix:path=/y"},
+    };
+    for (const auto& [given, kept] : rows)
+        EXPECT_EQ(SessionBus::address({{"DBUS_SESSION_BUS_ADDRESS", given}}), kept);
+}
+
 TEST(SessionBus, withoutABusThereIsAnAddressThatStartsNone)
 {
     const TempFolder folder;
