@@ -6,8 +6,6 @@
 #include <fmt/format.h>
 #include <rapidjson/document.h>
 
-#include <algorithm>
-
 namespace vellumor {
 
 namespace {
@@ -17,7 +15,7 @@ namespace {
 using InPlaceJson = rapidjson::Document;
 constexpr unsigned parseFlags = rapidjson::kParseInsituFlag |
                                 rapidjson::kParseValidateEncodingFlag |
-                                rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+                                rapidjson::kParseIterativeFlag;
 
 constexpr double sparedSeconds = 60.0; // a token that ends this soon is of no more use
 
@@ -64,24 +62,26 @@ std::optional<SecretBytes> dataFromHex(std::string_view text)
     return bytes;
 }
 
-// The item as text with a closing zero, for the decoder: trimmed, and out of its hexadecimal form.
-std::optional<SecretBytes> itemText(const SecretBytes& output)
+// Where the item's text lies in `buffer`: trimmed, out of its hexadecimal form, and with a zero
+// byte behind it for the decoder. Null pointer when there is no text.
+char* itemText(SecretBytes& buffer)
 {
-    const std::string_view text = Text::trimmed(output.view());
-    if (text.empty() || !Text::isValidUtf8(output.view()))
-        return std::nullopt;
-    const auto terminated = [](std::string_view item) -> std::optional<SecretBytes> {
-        if (item.find('\0') != std::string_view::npos)
-            return std::nullopt; // the decoder would take it for the end and overlook the rest
-        SecretBytes copy(item.size() + 1);
-        std::copy(item.begin(), item.end(), copy.bytes().begin());
-        return copy;
-    };
+    std::string_view text = Text::trimmed(buffer.view());
+    if (text.empty() || !Text::isValidUtf8(buffer.view()))
+        return nullptr;
     if (text.front() != '{') {
-        if (const auto bytes = dataFromHex(text))
-            return terminated(bytes->view());
+        if (auto bytes = dataFromHex(text)) {
+            buffer = *std::move(bytes);
+            text = buffer.view();
+        }
     }
-    return terminated(text);
+    // The decoder would take a zero byte for the end, and run past the end on cut UTF-8.
+    if (text.find('\0') != std::string_view::npos || !Text::isValidUtf8(text) ||
+        !isNestedWithin(text, maxJsonDepth))
+        return nullptr;
+    const auto begin = static_cast<std::size_t>(text.data() - buffer.view().data());
+    buffer.keepOnly(begin, text.size());
+    return buffer.bytes().data();
 }
 
 // The decoder lets an escaped half of a surrogate pair through, and what comes of that is no UTF-8.
@@ -162,7 +162,13 @@ private:
     bool m_good = true;
 };
 
-std::optional<ClaudeCredentials> credentialsOf(const rapidjson::Value& json)
+// What was decoded; the token still lies in the buffer.
+struct Decoded {
+    ClaudeCredentials credentials;
+    std::string_view token;
+};
+
+std::optional<Decoded> decodedFrom(const rapidjson::Value& json)
 {
     if (!json.IsObject())
         return std::nullopt;
@@ -174,8 +180,8 @@ std::optional<ClaudeCredentials> credentialsOf(const rapidjson::Value& json)
     const auto token = value == nullptr ? std::nullopt : textOf(*value);
     if (!token)
         return std::nullopt;
-    ClaudeCredentials credentials;
-    credentials.accessToken = Token(SecretBytes(*token));
+    Decoded decoded{{}, *token};
+    ClaudeCredentials& credentials = decoded.credentials;
     fields.unusedText("refreshToken");
     fields.number("expiresAt", credentials.expiresAt);
     fields.texts("scopes", credentials.scopes);
@@ -183,7 +189,7 @@ std::optional<ClaudeCredentials> credentialsOf(const rapidjson::Value& json)
     fields.text("rateLimitTier", credentials.rateLimitTier);
     if (!fields.good())
         return std::nullopt;
-    return credentials;
+    return decoded;
 }
 
 } // namespace
@@ -224,17 +230,19 @@ std::variant<ClaudeCredentials, KeychainError> ClaudeCredentials::decode(RawCred
     if (const auto error = errorOf(raw.status))
         return *error;
     const KeychainError undecodable{KeychainError::Kind::unexpectedData};
-    auto item = itemText(raw.secret);
-    if (!item || !isNestedWithin(item->view(), maxJsonDepth))
+    char* text = itemText(raw.secret);
+    if (text == nullptr)
         return undecodable;
     InPlaceJson json;
-    json.ParseInsitu<parseFlags>(item->bytes().data());
-    if (json.HasParseError())
+    json.ParseInsitu<parseFlags>(text);
+    auto decoded = json.HasParseError() ? std::nullopt : decodedFrom(json);
+    if (!decoded)
         return undecodable;
-    auto credentials = credentialsOf(json);
-    if (!credentials)
-        return undecodable;
-    return *std::move(credentials);
+    // The buffer becomes the token's, and all else in it is forgotten.
+    raw.secret.keepOnly(static_cast<std::size_t>(decoded->token.data() - text),
+                        decoded->token.size());
+    decoded->credentials.accessToken = Token(std::move(raw.secret));
+    return std::move(decoded->credentials);
 }
 
 } // namespace vellumor

@@ -14,10 +14,10 @@ SecretBytes::SecretBytes(std::size_t size)
         return;
     if (sodium_init() < 0)
         throw std::bad_alloc();
-    m_data = static_cast<char*>(sodium_malloc(size));
+    m_data = static_cast<char*>(sodium_malloc(size + 1));
     if (m_data == nullptr)
         throw std::bad_alloc();
-    std::fill_n(m_data, size, '\0');
+    std::fill_n(m_data, size + 1, '\0');
     m_size = size;
 }
 
@@ -45,10 +45,11 @@ SecretBytes::~SecretBytes()
     sodium_free(m_data); // wipes; a null pointer is allowed
 }
 
-void SecretBytes::shrink(std::size_t size)
+void SecretBytes::keepOnly(std::size_t begin, std::size_t size)
 {
-    if (size >= m_size)
+    if (begin > m_size || size > m_size - begin || size == m_size)
         return;
+    std::copy(m_data + begin, m_data + begin + size, m_data);
     sodium_memzero(m_data + size, m_size - size);
     m_size = size;
 }

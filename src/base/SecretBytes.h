@@ -7,7 +7,7 @@
 namespace vellumor {
 
 // Bytes that hold a secret: one owner, kept between guard pages and out of core dumps, wiped when
-// released. It cannot be copied, printed or compared.
+// released. It cannot be copied, printed or compared. Behind the last byte stands a zero.
 class SecretBytes {
 public:
     SecretBytes() = default;
@@ -23,7 +23,10 @@ public:
 
     // Forgets what lies behind the first `size` bytes; a size beyond the present one changes
     // nothing.
-    void shrink(std::size_t size);
+    void shrink(std::size_t size) { keepOnly(0, size); }
+    // Forgets all but the `size` bytes from `begin` on, which come to stand at the front. A piece
+    // that does not lie within the present bytes changes nothing.
+    void keepOnly(std::size_t begin, std::size_t size);
 
     [[nodiscard]] std::span<char> bytes() { return {m_data, m_size}; }
     [[nodiscard]] std::string_view view() const { return {m_data, m_size}; }

@@ -70,12 +70,30 @@ TEST(SecretBytes, shrinkingToMoreThanThereIsChangesNothing)
     EXPECT_TRUE(secret.view().empty());
 }
 
+TEST(SecretBytes, keepingAPieceForgetsAllElse)
+{
+    SecretBytes bytes(std::string_view("abcdefgh"));
+    const char* const data = bytes.view().data();
+    bytes.keepOnly(2, 3);
+    EXPECT_EQ(bytes.view(), "cde");
+    EXPECT_EQ(std::string_view(data, 9), std::string_view("cde\0\0\0\0\0\0", 9));
+}
+
+TEST(SecretBytes, aPieceThatDoesNotLieWithinChangesNothing)
+{
+    SecretBytes bytes(std::string_view("abc"));
+    bytes.keepOnly(1, 3);
+    bytes.keepOnly(4, 0);
+    EXPECT_EQ(bytes.view(), "abc");
+    EXPECT_EQ(bytes.view().data()[3], '\0');
+}
+
 // The page behind the bytes cannot be read, so that a read beyond the end ends the program instead
 // of telling a secret.
 TEST(SecretBytes, areFollowedByAPageThatCannotBeRead)
 {
     const SecretBytes secret(std::string_view("example-token"));
-    const char* end = secret.view().data() + secret.view().size();
+    const char* end = secret.view().data() + secret.view().size() + 1; // behind the closing zero
     int readEnd[2];
     ASSERT_EQ(::pipe(readEnd), 0);
     EXPECT_EQ(::write(readEnd[1], end, 1), -1); // the kernel reads it for us, and says so

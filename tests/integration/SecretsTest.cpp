@@ -127,11 +127,19 @@ TEST_P(SecretsTest, aTokenReachesTheEndpointAndNothingElse)
     }
 }
 
+std::string nameOf(const testing::TestParamInfo<Behaviour>& info)
+{
+    constexpr const char* names[] = {"good",        "unauthorized", "rateLimited", "broken",
+                                     "redirecting", "flooding",     "resetting"};
+    return names[static_cast<std::size_t>(info.param)];
+}
+
 INSTANTIATE_TEST_SUITE_P(WhateverTheAnswer, SecretsTest,
                          testing::Values(Behaviour::good, Behaviour::unauthorized,
                                          Behaviour::rateLimited, Behaviour::broken,
                                          Behaviour::redirecting, Behaviour::flooding,
-                                         Behaviour::resetting));
+                                         Behaviour::resetting),
+                         nameOf);
 
 } // namespace
 } // namespace vellumor
