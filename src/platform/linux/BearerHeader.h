@@ -7,7 +7,7 @@
 
 namespace vellumor {
 
-// The value of one request's Authorization header, wiped in the end. Qt's own copies of it share
+// The value of one request's Authorization header, wiped in the end. Qt's copies of the value share
 // these bytes, so they are wiped too.
 class BearerHeader {
 public:
