@@ -40,6 +40,15 @@ std::string mixedHex(std::string_view bytes)
     return text;
 }
 
+// The decoder, left to itself, reads on behind the end of such a text, where nothing may be read.
+TEST(ClaudeCredentials, aHexadecimalItemThatEndsInCutUtf8IsUndecodable)
+{
+    const auto result = ClaudeCredentials::decode(
+        {RawCredential::found, SecretBytes(std::string_view("2266F25d"))});
+    ASSERT_TRUE(std::holds_alternative<KeychainError>(result));
+    EXPECT_EQ(std::get<KeychainError>(result).kind, KeychainError::Kind::unexpectedData);
+}
+
 TEST(ClaudeCredentialsDecoding, theItemIsJsonOrItsHexadecimalForm)
 {
     const struct {
