@@ -2,9 +2,9 @@
 
 #include "accounts/AccountDiscovery.h"
 #include "accounts/KeychainReader.h"
+#include "base/FileHandle.h"
 #include "base/Json.h"
 #include "base/SystemClock.h"
-#include "store/FileHandle.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

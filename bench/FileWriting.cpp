@@ -1,6 +1,6 @@
 #include "Ratio.h"
 
-#include "store/FileHandle.h"
+#include "base/FileHandle.h"
 #include "store/FileStore.h"
 
 #include <fcntl.h>

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <set>
 
 namespace vellumor {
@@ -85,7 +86,9 @@ AccountDiscovery AccountDiscovery::live(DiscoveryInputs inputs, const std::strin
             [&keychain] { return keychain.enumerateClaudeServices(); },
             overrideFor,
             forceInclude,
-            [&keychain](const std::string& service) { return keychain.probe(service); }};
+            [&keychain, memory = std::make_shared<SecretBytes>()](const std::string& service) {
+                return keychain.probe(service, *memory);
+            }};
 }
 
 DiscoveryResult AccountDiscovery::run() const
@@ -94,10 +97,14 @@ DiscoveryResult AccountDiscovery::run() const
     if (!listed)
         return {{}, true};
     const std::set<std::string> dirs(listed->begin(), listed->end());
-    const auto enumerated = enumerateServices();
+    KeychainServiceResolver::Choices choices;
+    choices.enumerated = enumerateServices();
     DiscoveryResult result;
     for (const std::string& dir : dirs) {
-        if (auto facts = factsOf(dir, enumerated))
+        choices.absConfigDir = dir;
+        choices.candidates = DefaultAccount::serviceCandidates(dir, home);
+        choices.override = overrideFor(dir);
+        if (auto facts = factsOf(choices))
             result.facts.push_back(*std::move(facts));
     }
     return result;
@@ -116,12 +123,12 @@ std::string AccountDiscovery::identityPath(const std::string& dir) const
 }
 
 std::optional<DiscoveredFacts>
-AccountDiscovery::factsOf(const std::string& dir, const std::vector<std::string>& enumerated) const
+AccountDiscovery::factsOf(const KeychainServiceResolver::Choices& choices) const
 {
-    const auto bytes = readFile(identityPath(dir));
-    const auto identity = bytes ? IdentityFile::parse(*bytes) : IdentityFile::Identity();
-    const auto resolved = KeychainServiceResolver::resolveLiving(
-        {dir, DefaultAccount::serviceCandidates(dir, home), overrideFor(dir), enumerated}, probe);
+    const std::string& dir = choices.absConfigDir;
+    auto bytes = readFile(identityPath(dir));
+    const auto identity = bytes ? IdentityFile::parse(*std::move(bytes)) : IdentityFile::Identity();
+    const auto resolved = KeychainServiceResolver::resolveLiving(choices, probe);
     const bool nobody = !identity.email && !identity.org;
     const bool dead =
         resolved.status == TokenStatus::notFound || resolved.status == TokenStatus::signedOut;

@@ -44,7 +44,7 @@ struct AccountDiscovery {
 
 private:
     [[nodiscard]] std::optional<DiscoveredFacts>
-    factsOf(const std::string& dir, const std::vector<std::string>& enumerated) const;
+    factsOf(const KeychainServiceResolver::Choices& choices) const;
     [[nodiscard]] std::string identityPath(const std::string& dir) const;
 };
 

@@ -1,21 +1,13 @@
 #include "accounts/ClaudeCredentials.h"
 
-#include "base/Json.h"
+#include "base/InPlaceJson.h"
 #include "base/Text.h"
 
 #include <fmt/format.h>
-#include <rapidjson/document.h>
 
 namespace vellumor {
 
 namespace {
-
-// A general JSON library would leave copies of the tokens all over the heap. This one decodes
-// inside the guarded buffer that it is given, so that wiping the buffer wipes them.
-using InPlaceJson = rapidjson::Document;
-constexpr unsigned parseFlags = rapidjson::kParseInsituFlag |
-                                rapidjson::kParseValidateEncodingFlag |
-                                rapidjson::kParseIterativeFlag;
 
 constexpr double sparedSeconds = 60.0; // a token that ends this soon is of no more use
 
@@ -67,7 +59,7 @@ std::optional<SecretBytes> dataFromHex(std::string_view text)
 char* itemText(SecretBytes& buffer)
 {
     std::string_view text = Text::trimmed(buffer.view());
-    if (text.empty() || !Text::isValidUtf8(buffer.view()))
+    if (text.empty())
         return nullptr;
     if (text.front() != '{') {
         if (auto bytes = dataFromHex(text)) {
@@ -75,41 +67,22 @@ char* itemText(SecretBytes& buffer)
             text = buffer.view();
         }
     }
-    // The decoder would take a zero byte for the end, and run past the end on cut UTF-8.
-    if (text.find('\0') != std::string_view::npos || !Text::isValidUtf8(text) ||
-        !isNestedWithin(text, maxJsonDepth))
-        return nullptr;
     const auto begin = static_cast<std::size_t>(text.data() - buffer.view().data());
     buffer.keepOnly(begin, text.size());
     return buffer.bytes().data();
 }
 
-// The decoder lets an escaped half of a surrogate pair through, and what comes of that is no UTF-8.
-std::optional<std::string_view> textOf(const rapidjson::Value& value)
-{
-    if (!value.IsString())
-        return std::nullopt;
-    const std::string_view text(value.GetString(), value.GetStringLength());
-    return Text::isValidUtf8(text) ? std::optional(text) : std::nullopt;
-}
-
 // Reads optional fields: absent or null leaves `into` empty, another type spoils the item.
 class Fields {
 public:
-    explicit Fields(const rapidjson::Value& object)
+    explicit Fields(const InPlaceJson::Value& object)
         : m_object(object)
     {
     }
 
-    // Of a repeated key the last counts, as it does for Claude Code itself.
-    [[nodiscard]] const rapidjson::Value* find(std::string_view key) const
+    [[nodiscard]] const InPlaceJson::Value* find(std::string_view key) const
     {
-        const rapidjson::Value* found = nullptr;
-        for (const auto& member : m_object.GetObject()) {
-            if (textOf(member.name) == key)
-                found = &member.value;
-        }
-        return found == nullptr || found->IsNull() ? nullptr : found;
+        return InPlaceJson::find(&m_object, key);
     }
 
     void text(const char* key, std::optional<std::string>& into)
@@ -117,7 +90,7 @@ public:
         const auto* value = find(key);
         if (value == nullptr)
             return;
-        if (const auto text = textOf(*value))
+        if (const auto text = InPlaceJson::textOf(*value))
             into = *text;
         else
             fail();
@@ -140,7 +113,7 @@ public:
         if (!value->IsArray())
             return fail();
         for (const auto& element : value->GetArray()) {
-            const auto text = textOf(element);
+            const auto text = InPlaceJson::textOf(element);
             if (!text)
                 return fail();
             into.emplace_back(*text);
@@ -158,7 +131,7 @@ public:
     [[nodiscard]] bool good() const { return m_good; }
 
 private:
-    const rapidjson::Value& m_object;
+    const InPlaceJson::Value& m_object;
     bool m_good = true;
 };
 
@@ -168,16 +141,14 @@ struct Decoded {
     std::string_view token;
 };
 
-std::optional<Decoded> decodedFrom(const rapidjson::Value& json)
+std::optional<Decoded> decodedFrom(const InPlaceJson& json)
 {
-    if (!json.IsObject())
-        return std::nullopt;
-    const auto* oauth = Fields(json).find("claudeAiOauth");
+    const auto* oauth = InPlaceJson::find(json.root(), "claudeAiOauth");
     if (oauth == nullptr || !oauth->IsObject())
         return std::nullopt;
     Fields fields(*oauth);
     const auto* value = fields.find("accessToken");
-    const auto token = value == nullptr ? std::nullopt : textOf(*value);
+    const auto token = value == nullptr ? std::nullopt : InPlaceJson::textOf(*value);
     if (!token)
         return std::nullopt;
     Decoded decoded{{}, *token};
@@ -233,9 +204,8 @@ std::variant<ClaudeCredentials, KeychainError> ClaudeCredentials::decode(RawCred
     char* text = itemText(raw.secret);
     if (text == nullptr)
         return undecodable;
-    InPlaceJson json;
-    json.ParseInsitu<parseFlags>(text);
-    auto decoded = json.HasParseError() ? std::nullopt : decodedFrom(json);
+    const InPlaceJson json(text, raw.secret.view().size());
+    auto decoded = decodedFrom(json);
     if (!decoded)
         return undecodable;
     // The buffer becomes the token's, and all else in it is forgotten.

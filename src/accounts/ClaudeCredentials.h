@@ -38,6 +38,12 @@ public:
     [[nodiscard]] bool empty() const { return m_secret.view().empty(); }
     // Called by the request builder alone.
     [[nodiscard]] std::string_view reveal() const { return m_secret.view(); }
+    // Forgets the token and gives its memory, wiped, to hold the next one.
+    [[nodiscard]] SecretBytes recycled() &&
+    {
+        m_secret.shrink(0);
+        return std::move(m_secret);
+    }
 
 private:
     SecretBytes m_secret;

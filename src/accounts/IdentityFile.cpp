@@ -1,19 +1,18 @@
 #include "accounts/IdentityFile.h"
 
-#include "base/Json.h"
-#include "base/StrictReader.h"
+#include "base/InPlaceJson.h"
 
 namespace vellumor::IdentityFile {
 
-Identity parse(std::string_view bytes)
+Identity parse(std::string bytes)
 {
-    const auto json = parseJsonObject(bytes);
-    if (!json)
-        return {};
-    const auto account = json->find("oauthAccount");
-    if (account == json->end() || !account->is_object())
-        return {};
-    const auto text = [&](const char* key) { return asString(account->value(key, Json())); };
+    const InPlaceJson json(bytes.data(), bytes.size());
+    const auto* account = InPlaceJson::find(json.root(), "oauthAccount");
+    const auto text = [&](const char* key) -> std::optional<std::string> {
+        const auto* value = InPlaceJson::find(account, key);
+        const auto found = value == nullptr ? std::nullopt : InPlaceJson::textOf(*value);
+        return found ? std::optional<std::string>(*found) : std::nullopt;
+    };
     return {text("emailAddress"), text("organizationName"), text("displayName"),
             text("organizationType")};
 }

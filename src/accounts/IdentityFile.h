@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 // IdentityFile: who is signed in to a config directory, from the file that Claude Code keeps about
 // it. Pure.
@@ -17,7 +16,7 @@ struct Identity {
 };
 
 // What is missing, of another type or not to be read is absent; an empty text is a value.
-[[nodiscard]] Identity parse(std::string_view bytes);
+[[nodiscard]] Identity parse(std::string bytes);
 
 // "Max", "Pro" or "Team" for the organisation types that are known, otherwise `subscription` as it
 // stands.

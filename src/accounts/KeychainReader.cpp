@@ -3,7 +3,9 @@
 #include "accounts/DefaultAccount.h"
 #include "store/DiskPath.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <set>
 #include <thread>
 
@@ -36,9 +38,9 @@ void ServiceDirectories::rebuild(const std::vector<std::string>& configDirs)
     std::map<std::string, std::string> directoryByService;
     std::vector<std::string> expected;
     for (const std::string& dir : configDirs) {
-        directoryByService.emplace(DefaultAccount::fileService(dir, m_home), dir);
-        for (std::string& service : DefaultAccount::serviceCandidates(dir, m_home))
-            expected.push_back(std::move(service));
+        auto candidates = DefaultAccount::serviceCandidates(dir, m_home);
+        directoryByService.emplace(candidates.front(), dir); // that of the file is the first
+        std::move(candidates.begin(), candidates.end(), std::back_inserter(expected));
     }
     const std::scoped_lock lock(m_mutex);
     m_directoryByService = std::move(directoryByService);
@@ -67,7 +69,9 @@ std::map<std::string, std::string> ServiceDirectories::all() const
 }
 
 KeychainReader::Sources::Sources()
-    : fileExists(DiskPath::exists)
+    : readFile(
+          [](const std::string& path, SecretBytes& memory) { return readSecretFile(path, memory); })
+    , fileExists(DiskPath::exists)
     , beforeRereading([] { std::this_thread::sleep_for(std::chrono::milliseconds(100)); })
 {
 }
@@ -96,10 +100,10 @@ std::vector<std::string> KeychainReader::enumerateClaudeServices() const
 }
 
 // Nothing when there is no such file.
-std::optional<KeychainReader::Result>
-KeychainReader::readCredentialFile(const std::string& dir) const
+std::optional<KeychainReader::Result> KeychainReader::readCredentialFile(const std::string& dir,
+                                                                         SecretBytes& memory) const
 {
-    SecretFileContents contents = m_sources.readFile(credentialFile(dir));
+    SecretFileContents contents = m_sources.readFile(credentialFile(dir), memory);
     switch (contents.status) {
     case ReadStatus::ok:
         return ClaudeCredentials::decode({RawCredential::found, std::move(contents.bytes)});
@@ -116,27 +120,44 @@ KeychainReader::readCredentialFile(const std::string& dir) const
 
 KeychainReader::Result KeychainReader::readCredentials(const std::string& service) const
 {
+    SecretBytes memory;
+    return credentialsIn(service, memory);
+}
+
+KeychainReader::Result KeychainReader::credentialsIn(const std::string& service,
+                                                     SecretBytes& memory) const
+{
     const auto dir = m_directories.directoryOf(service);
-    auto result = dir ? readCredentialFile(*dir) : std::nullopt;
+    auto result = dir ? readCredentialFile(*dir, memory) : std::nullopt;
     if (result && isUndecodable(*result)) {
         // Claude Code may be rewriting the file in place just now: one more look before the account
         // counts as broken.
         m_sources.beforeRereading();
-        result = readCredentialFile(*dir);
+        result = readCredentialFile(*dir, memory);
     }
     return result ? *std::move(result) : ClaudeCredentials::decode(m_keyring.read(service));
 }
 
 KeychainServiceResolver::Probe KeychainReader::probe(const std::string& service) const
 {
-    const auto result = readCredentials(service);
+    SecretBytes memory;
+    return probe(service, memory);
+}
+
+KeychainServiceResolver::Probe KeychainReader::probe(const std::string& service,
+                                                     SecretBytes& memory) const
+{
+    auto result = credentialsIn(service, memory);
     if (const auto* error = std::get_if<KeychainError>(&result))
         return {error->kind == Kind::userDenied ? TokenStatus::needsApproval
                                                 : TokenStatus::notFound,
                 std::nullopt, std::nullopt};
-    const auto& credentials = std::get<ClaudeCredentials>(result);
-    return {credentials.tokenStatus(m_clock.now()), credentials.subscriptionType,
-            credentials.expiry()};
+    auto& credentials = std::get<ClaudeCredentials>(result);
+    KeychainServiceResolver::Probe found{credentials.tokenStatus(m_clock.now()),
+                                         std::move(credentials.subscriptionType),
+                                         credentials.expiry()};
+    memory = std::move(credentials.accessToken).recycled();
+    return found;
 }
 
 } // namespace vellumor

@@ -46,7 +46,7 @@ public:
     using Result = std::variant<ClaudeCredentials, KeychainError>;
 
     struct Sources {
-        std::function<SecretFileContents(const std::string& path)> readFile = readSecretFile;
+        std::function<SecretFileContents(const std::string& path, SecretBytes& memory)> readFile;
         std::function<bool(const std::string& path)> fileExists;
         std::function<void()> beforeRereading; // waits until a writer has had time to finish
         Sources();
@@ -63,11 +63,16 @@ public:
     // The file first, then the keyring.
     [[nodiscard]] Result readCredentials(const std::string& service) const;
 
-    // The state of one service's credential, without the token.
+    // The state of one service's credential, without the token. A scan hands the same `memory` from
+    // one probe to the next.
+    [[nodiscard]] KeychainServiceResolver::Probe probe(const std::string& service,
+                                                       SecretBytes& memory) const;
     [[nodiscard]] KeychainServiceResolver::Probe probe(const std::string& service) const;
 
 private:
-    [[nodiscard]] std::optional<Result> readCredentialFile(const std::string& dir) const;
+    [[nodiscard]] Result credentialsIn(const std::string& service, SecretBytes& memory) const;
+    [[nodiscard]] std::optional<Result> readCredentialFile(const std::string& dir,
+                                                           SecretBytes& memory) const;
 
     const ServiceDirectories& m_directories;
     Keyring& m_keyring;

@@ -1,31 +1,30 @@
 #pragma once
 
-#include <QCoreApplication>
-#include <QMetaObject>
-#include <QThreadPool>
-
+#include <condition_variable>
 #include <coroutine>
+#include <deque>
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
+#include <thread>
 #include <type_traits>
 #include <utility>
 #include <variant>
 
 namespace vellumor {
 
-// One thread that runs what can block, in the order in which it was asked. It ends with the
-// program, after the job that is running.
+// One thread that runs what can block, in the order in which it was asked. Made and destroyed on
+// the main thread, while its event loop exists; the end waits for all jobs, and resumes nobody.
 class Worker {
 public:
-    Worker()
-    {
-        m_pool.setMaxThreadCount(1);
-        m_pool.setExpiryTimeout(-1);
-    }
+    Worker();
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
+    ~Worker();
 
-    void post(std::function<void()> job) { m_pool.start(std::move(job)); }
+    // From any thread. The job must not throw.
+    void post(std::function<void()> job);
 
     // Awaited on the main thread: runs `job` on the worker and gives its result back on the main
     // thread. The job must not throw. Nothing runs until it is awaited. The awaiting coroutine must
@@ -49,9 +48,7 @@ public:
                     m_job();
                 else
                     m_value.emplace(m_job());
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(), [waiting] { waiting.resume(); },
-                    Qt::QueuedConnection);
+                m_worker.resumeOnMainThread(waiting);
             });
         }
         Value await_resume()
@@ -65,8 +62,7 @@ public:
 
         Worker& m_worker;
         Job m_job;
-        std::optional<Held>
-            m_value; // written by the worker, read once the loop has told the main thread
+        std::optional<Held> m_value; // written by the worker, read after it has handed back
     };
 
     template <typename Job>
@@ -76,7 +72,17 @@ public:
     }
 
 private:
-    QThreadPool m_pool;
+    class HandBack;
+
+    void resumeOnMainThread(std::coroutine_handle<> waiting);
+    void runJobs();
+
+    std::unique_ptr<HandBack> m_handBack;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<std::function<void()>> m_jobs; // guarded by m_mutex
+    bool m_isEnding = false;                  // guarded by m_mutex
+    std::thread m_thread;                     // the last member: it uses all others
 };
 
 } // namespace vellumor

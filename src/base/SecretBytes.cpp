@@ -19,6 +19,7 @@ SecretBytes::SecretBytes(std::size_t size)
         throw std::bad_alloc();
     std::fill_n(m_data, size + 1, '\0');
     m_size = size;
+    m_capacity = size;
 }
 
 SecretBytes::SecretBytes(std::string_view bytes)
@@ -30,6 +31,7 @@ SecretBytes::SecretBytes(std::string_view bytes)
 SecretBytes::SecretBytes(SecretBytes&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr))
     , m_size(std::exchange(other.m_size, 0))
+    , m_capacity(std::exchange(other.m_capacity, 0))
 {
 }
 
@@ -37,12 +39,23 @@ SecretBytes& SecretBytes::operator=(SecretBytes&& other) noexcept
 {
     std::swap(m_data, other.m_data);
     std::swap(m_size, other.m_size);
+    std::swap(m_capacity, other.m_capacity);
     return *this;
 }
 
 SecretBytes::~SecretBytes()
 {
     sodium_free(m_data); // wipes; a null pointer is allowed
+}
+
+void SecretBytes::refill(std::size_t size)
+{
+    if (size > m_capacity) {
+        *this = SecretBytes(size);
+        return;
+    }
+    shrink(0);
+    m_size = size;
 }
 
 void SecretBytes::keepOnly(std::size_t begin, std::size_t size)

@@ -21,6 +21,9 @@ public:
     SecretBytes& operator=(const SecretBytes&) = delete;
     ~SecretBytes();
 
+    // `size` zero bytes in place of the present ones, in the same memory when it is large enough:
+    // guarding new memory costs a dozen system calls. Throws as the constructor does.
+    void refill(std::size_t size);
     // Forgets what lies behind the first `size` bytes; a size beyond the present one changes
     // nothing.
     void shrink(std::size_t size) { keepOnly(0, size); }
@@ -34,6 +37,7 @@ public:
 private:
     char* m_data = nullptr;
     std::size_t m_size = 0;
+    std::size_t m_capacity = 0; // without the zero behind the last byte
 };
 
 } // namespace vellumor

@@ -2,7 +2,9 @@
 
 #include <utf8proc.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace vellumor::Text {
@@ -102,11 +104,15 @@ bool isUnprintable(utf8proc_int32_t c)
 
 bool isAscii(std::string_view text)
 {
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return false;
+    std::uint64_t bits = 0; // of all characters, eight at a time
+    for (; text.size() >= sizeof bits; text.remove_prefix(sizeof bits)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data(), sizeof word);
+        bits |= word;
     }
-    return true;
+    for (const char c : text)
+        bits |= static_cast<unsigned char>(c);
+    return (bits & 0x8080808080808080U) == 0;
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "store/FileReader.h"
 
+#include "base/FileHandle.h"
 #include "store/DiskPath.h"
-#include "store/FileHandle.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -97,10 +97,17 @@ FileContents readFile(const std::string& path, std::size_t limit)
 
 SecretFileContents readSecretFile(const std::string& path)
 {
+    SecretBytes memory;
+    return readSecretFile(path, memory);
+}
+
+SecretFileContents readSecretFile(const std::string& path, SecretBytes& memory)
+{
     OpenedFile file = openRegular(path, maxFileSize);
     if (file.status != ReadStatus::ok)
         return {file.status, {}, file.error};
-    SecretBytes bytes(file.size);
+    SecretBytes bytes = std::move(memory);
+    bytes.refill(file.size);
     const ssize_t size = readInto(file.handle, bytes.bytes());
     if (size < 0)
         return {ReadStatus::unreadable, {}, errno};

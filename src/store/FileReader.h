@@ -33,7 +33,9 @@ struct SecretFileContents {
 // caller. A name in another Unicode composition than the one on disk finds its file.
 [[nodiscard]] FileContents readFile(const std::string& path, std::size_t limit = maxFileSize);
 
-// The same into guarded memory; no other copy of the bytes is left in the process.
+// The same into guarded memory; no other copy of the bytes is left in the process. `memory` is
+// taken for it when the file can be opened.
+[[nodiscard]] SecretFileContents readSecretFile(const std::string& path, SecretBytes& memory);
 [[nodiscard]] SecretFileContents readSecretFile(const std::string& path);
 
 } // namespace vellumor

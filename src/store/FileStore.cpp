@@ -1,9 +1,9 @@
 #include "store/FileStore.h"
 
+#include "base/FileHandle.h"
 #include "base/Json.h"
 #include "base/Log.h"
 #include "base/SecureRandom.h"
-#include "store/FileHandle.h"
 #include "store/FileReader.h"
 
 #include <fmt/format.h>

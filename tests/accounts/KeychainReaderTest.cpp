@@ -120,7 +120,7 @@ TEST_F(KeychainReaderTest, aFileThatMayNotBeReadNeedsApprovalAndHidesTheKeyring)
     keyring.put(work, signIn("of the keyring"));
     for (const int error : {EACCES, EPERM}) {
         SCOPED_TRACE(error);
-        sources.readFile = [error](const std::string&) {
+        sources.readFile = [error](const std::string&, SecretBytes&) {
             return SecretFileContents{ReadStatus::denied, {}, error};
         };
         EXPECT_EQ(read(work), denied);
@@ -135,7 +135,7 @@ TEST_F(KeychainReaderTest, anyOtherErrorIsToldByItsNumber)
 {
     for (const int error : {EIO, ELOOP, EMFILE, 44, 45, 51, 128}) {
         SCOPED_TRACE(error);
-        sources.readFile = [error](const std::string&) {
+        sources.readFile = [error](const std::string&, SecretBytes&) {
             return SecretFileContents{ReadStatus::unreadable, {}, error};
         };
         EXPECT_EQ(read(work), "Keychain OSStatus " + std::to_string(error));
@@ -168,7 +168,7 @@ TEST_F(KeychainReaderTest, anUndecodableFileIsReadOnceMoreAfterAWait)
 TEST_F(KeychainReaderTest, aFileThatStaysUndecodableIsReadTwiceAndNotMore)
 {
     int reads = 0;
-    sources.readFile = [&reads](const std::string&) {
+    sources.readFile = [&reads](const std::string&, SecretBytes&) {
         ++reads;
         return SecretFileContents{ReadStatus::ok, SecretBytes(std::string_view("{")), 0};
     };
@@ -239,6 +239,19 @@ TEST_F(KeychainReaderTest, aProbeTellsStatusPlanAndDate)
     EXPECT_EQ(reader().probe(work), (Probe{TokenStatus::signedOut, {}, Instant()}));
     putFile(".claude-work", signIn("a"));
     EXPECT_EQ(reader().probe(work), (Probe{TokenStatus::readable, {}, {}}));
+}
+
+TEST_F(KeychainReaderTest, aScanReadsOneCredentialAfterAnotherIntoTheSameWipedMemory)
+{
+    putFile(".claude", signIn("a token that is long enough to be told from the next"));
+    putFile(".claude-work", signIn("short"));
+    SecretBytes memory;
+    EXPECT_EQ(reader().probe(plain, memory).status, TokenStatus::readable);
+    const char* const data = memory.view().data();
+    EXPECT_TRUE(memory.view().empty());
+    EXPECT_EQ(std::string_view(data, 8), std::string_view("\0\0\0\0\0\0\0\0", 8));
+    EXPECT_EQ(reader().probe(work, memory).status, TokenStatus::readable);
+    EXPECT_EQ(memory.view().data(), data);
 }
 
 TEST_F(KeychainReaderTest, aDirectoryThatIsDecomposedOnDiskIsReadUnderItsComposedName)

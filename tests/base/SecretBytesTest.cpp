@@ -70,6 +70,35 @@ TEST(SecretBytes, shrinkingToMoreThanThereIsChangesNothing)
     EXPECT_TRUE(secret.view().empty());
 }
 
+TEST(SecretBytes, refillingWipesAndKeepsTheMemoryThatIsLargeEnough)
+{
+    SecretBytes bytes(std::string_view("abcdefgh"));
+    const char* const data = bytes.view().data();
+    bytes.refill(3);
+    EXPECT_EQ(bytes.view(), std::string_view("\0\0\0", 3));
+    EXPECT_EQ(std::string_view(data, 9), std::string_view("\0\0\0\0\0\0\0\0\0", 9));
+    bytes.refill(8);
+    EXPECT_EQ(bytes.view().data(), data);
+    EXPECT_EQ(bytes.view().size(), 8U);
+    bytes.refill(9);
+    EXPECT_EQ(bytes.view(), std::string(9, '\0'));
+    bytes.refill(0);
+    EXPECT_TRUE(bytes.view().empty());
+}
+
+TEST(SecretBytes, ofNoMemoryAreRefilledWithNewMemory)
+{
+    SecretBytes bytes;
+    bytes.refill(0);
+    EXPECT_TRUE(bytes.view().empty());
+    bytes.refill(4);
+    EXPECT_EQ(bytes.view(), std::string(4, '\0'));
+    SecretBytes moved(std::move(bytes));
+    bytes.refill(2); // NOLINT(bugprone-use-after-move): that is the rule
+    EXPECT_EQ(bytes.view().size(), 2U);
+    EXPECT_NE(bytes.view().data(), moved.view().data());
+}
+
 TEST(SecretBytes, keepingAPieceForgetsAllElse)
 {
     SecretBytes bytes(std::string_view("abcdefgh"));

@@ -2,8 +2,8 @@
 
 #include "accounts/SharedAccountsStore.h"
 #include "accounts/StoredAccount.h"
+#include "base/FileHandle.h"
 #include "base/Json.h"
-#include "store/FileHandle.h"
 #include "store/OnboardingStore.h"
 #include "store/Preferences.h"
 #include "support/TempFolder.h"

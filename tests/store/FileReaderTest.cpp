@@ -1,6 +1,6 @@
 #include "store/FileReader.h"
 
-#include "store/FileHandle.h"
+#include "base/FileHandle.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>

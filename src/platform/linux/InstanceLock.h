@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/FileHandle.h"
+#include "base/FileHandle.h"
 #include "store/FileStore.h"
 
 #include <optional>

@@ -1,4 +1,4 @@
-#include "store/FileHandle.h"
+#include "base/FileHandle.h"
 
 #include <gtest/gtest.h>
 
