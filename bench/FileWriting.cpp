@@ -11,9 +11,6 @@
 
 namespace vellumor::bench {
 
-namespace {
-
-// What it takes at the least to replace a file so that a power cut leaves the old or the new one.
 void writeBare(const std::string& folder, const std::string& bytes)
 {
     const std::string temp = folder + "/.bare.tmp";
@@ -32,8 +29,6 @@ void writeBare(const std::string& folder, const std::string& bytes)
     const FileHandle opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     check(::fsync(opened.get()) == 0);
 }
-
-} // namespace
 
 std::vector<Comparison> fileWriting(const std::string& folder)
 {

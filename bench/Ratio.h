@@ -22,11 +22,16 @@ struct Medians {
     [[nodiscard]] double ratio() const { return oursMicroseconds / bareMicroseconds; }
 };
 
+// What it takes at the least to replace `folder`/bare.json so that a power cut leaves the old or
+// the new one.
+void writeBare(const std::string& folder, const std::string& bytes);
+
 // Times both in turns, so that whatever else the machine does meets both.
 [[nodiscard]] Medians measure(const Comparison& comparison);
 
 [[nodiscard]] std::vector<Comparison> usageDecoding();
 [[nodiscard]] std::vector<Comparison> fileWriting(const std::string& folder);
+[[nodiscard]] std::vector<Comparison> usageHistory(const std::string& folder);
 [[nodiscard]] std::vector<Comparison> accountDiscovery(const std::string& folder);
 
 } // namespace vellumor::bench

@@ -26,10 +26,11 @@ std::string scratchFolder()
 std::vector<bench::Comparison> allComparisons(const std::string& scratch)
 {
     std::vector<bench::Comparison> all;
-    for (const std::string name : {"files", "home"})
+    for (const std::string name : {"files", "history", "home"})
         std::filesystem::create_directory(scratch + "/" + name);
-    for (auto& group : {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
-                        bench::accountDiscovery(scratch + "/home")})
+    for (auto& group :
+         {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
+          bench::usageHistory(scratch + "/history"), bench::accountDiscovery(scratch + "/home")})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

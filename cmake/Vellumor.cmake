@@ -5,6 +5,7 @@ find_package(RapidJSON REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
 find_package(fmt 9 REQUIRED)
 pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+pkg_check_modules(SIMDJSON REQUIRED IMPORTED_TARGET simdjson)
 pkg_check_modules(UTF8PROC REQUIRED IMPORTED_TARGET libutf8proc)
 
 add_library(vellumor_options INTERFACE)

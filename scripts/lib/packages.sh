@@ -3,13 +3,13 @@
 # What each job needs. ca-certificates: without it no TLS certificate can be verified.
 packages_build=(
     g++ cmake ninja-build pkg-config ca-certificates
-    qt6-base-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libfmt-dev libsodium-dev libutf8proc-dev
+    qt6-base-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
     libre2-dev libsecret-1-dev
 )
 packages_world=(dbus dbus-bin dbus-daemon gnome-keyring libsecret-tools libglib2.0-bin)
 packages_test=(
     "${packages_world[@]}"
-    libgtest-dev libbenchmark-dev openssl python3 python3-gi python3-dbus git procps
+    libgtest-dev libbenchmark-dev openssl python3 python3-gi python3-dbus git procps zsh
     clang libclang-rt-14-dev clang-format clang-tidy-16
 )
 packages_fuzz=(clang libclang-rt-14-dev)

@@ -4,10 +4,13 @@
 #include "app/BuildSettings.h"
 #include "async/LiveClock.h"
 #include "diagnostics/Diagnostics.h"
+#include "platform/linux/LoginShell.h"
 #include "platform/linux/QtHttpTransport.h"
+#include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/SecretServiceKeyring.h"
 #include "platform/linux/SessionBus.h"
 #include "usage/ApiBase.h"
+#include "usage/ClaudeBinaryFinder.h"
 
 #include <QCoreApplication>
 
@@ -46,9 +49,16 @@ int runDiagnosticsMode(int argc, char** argv, const Environment& environment)
         transport, worker, clock,
         [&keychain](const std::string& service) { return keychain.readCredentials(service); },
         ApiBase::usageEndpoint(environment, BuildSettings::apiBase));
+    const FileStore files;
+    PersistedClaudePath persisted(files, folders.vellumor() + "/claude-path.json");
+    QtProcessRunner processes(clock);
+    ClaudeBinaryFinder finder(
+        processes, worker, persisted,
+        {environment, folders.home, LoginShell::path(environment), folders.home});
     Diagnostics diagnostics(
         worker, client, clock, folders,
         [&] { return Findings::gather(environment, folders, directories, keychain); },
+        [&](std::optional<std::string> preference) { return finder.find(std::move(preference)); },
         printToStandardOutput);
     Task<> task;
     QMetaObject::invokeMethod(

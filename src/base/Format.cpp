@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -22,19 +23,21 @@ bool isDigit(char c)
 class Scanner {
 public:
     explicit Scanner(std::string_view text)
-        : m_rest(text)
+        : m_at(text.data())
+        , m_end(text.data() + text.size())
     {
     }
 
-    int digits(std::size_t count, int least, int most)
+    int digits(std::ptrdiff_t count, int least, int most)
     {
+        if (m_end - m_at < count)
+            return fail();
         int number = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            if (i >= m_rest.size() || !isDigit(m_rest[i]))
+        for (const char* const end = m_at + count; m_at < end; ++m_at) {
+            if (!isDigit(*m_at))
                 return fail();
-            number = number * 10 + (m_rest[i] - '0');
+            number = number * 10 + (*m_at - '0');
         }
-        m_rest.remove_prefix(count);
         return number >= least && number <= most ? number : fail();
     }
 
@@ -46,25 +49,24 @@ public:
 
     bool take(char c)
     {
-        if (m_rest.empty() || m_rest.front() != c)
+        if (m_at == m_end || *m_at != c)
             return false;
-        m_rest.remove_prefix(1);
+        ++m_at;
         return true;
     }
 
-    [[nodiscard]] std::string_view rest() const { return m_rest; }
-    [[nodiscard]] bool finished() const { return m_good && m_rest.empty(); }
-    [[nodiscard]] bool good() const { return m_good; }
+    [[nodiscard]] bool finished() const { return m_isGood && m_at == m_end; }
 
 private:
     int fail()
     {
-        m_good = false;
+        m_isGood = false;
         return 0;
     }
 
-    std::string_view m_rest;
-    bool m_good = true;
+    const char* m_at;
+    const char* m_end;
+    bool m_isGood = true;
 };
 
 std::chrono::minutes zoneOffset(Scanner& scanner)
@@ -82,7 +84,7 @@ std::chrono::minutes zoneOffset(Scanner& scanner)
 
 // `fractionDigits` is how many digits must follow a full stop behind the seconds; 0 means that
 // there is none.
-std::optional<Instant> parseFixed(std::string_view text, std::size_t fractionDigits)
+std::optional<Instant> parseFixed(std::string_view text, std::ptrdiff_t fractionDigits)
 {
     Scanner scanner(text);
     const std::chrono::year year(scanner.digits(4, 1, 9999));
@@ -106,7 +108,10 @@ std::optional<Instant> parseFixed(std::string_view text, std::size_t fractionDig
     const year_month_day date(year, month, day);
     if (!scanner.finished() || !date.ok())
         return std::nullopt;
-    const Instant instant = Instant(sys_days(date)) + hours + minutes + seconds + fraction - offset;
+    const Instant local = Instant(sys_days(date)) + hours + minutes + seconds + fraction;
+    if (offset == std::chrono::minutes::zero())
+        return local;
+    const Instant instant = local - offset;
     // An offset may carry the moment into a year that could not be written and read again.
     const int utcYear =
         static_cast<int>(year_month_day(std::chrono::floor<std::chrono::days>(instant)).year());
@@ -115,18 +120,60 @@ std::optional<Instant> parseFixed(std::string_view text, std::size_t fractionDig
     return instant;
 }
 
+// The form that isoFractional writes, without looking at one character after another: files hold
+// tens of thousands of them. Nothing means that the text is to be read the ordinary way.
+std::optional<Instant> parseOwnForm(std::string_view text)
+{
+    constexpr std::string_view form = "0000-00-00T00:00:00.000Z";
+    if (text.size() != form.size())
+        return std::nullopt;
+    unsigned wrong = 0;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const auto differs = static_cast<unsigned char>(text[i] - form[i]);
+        wrong |= form[i] == '0' ? static_cast<unsigned>(differs > 9) : differs;
+    }
+    const auto number = [&](std::size_t at, int count) {
+        unsigned value = 0;
+        for (const std::size_t end = at + static_cast<std::size_t>(count); at < end; ++at)
+            value = value * 10 + static_cast<unsigned>(text[at] - '0');
+        return value;
+    };
+    const year_month_day date(std::chrono::year(static_cast<int>(number(0, 4))),
+                              std::chrono::month(number(5, 2)), std::chrono::day(number(8, 2)));
+    const std::chrono::hours hours(number(11, 2));
+    const std::chrono::minutes minutes(number(14, 2));
+    const std::chrono::seconds seconds(number(17, 2));
+    if (wrong != 0 || number(0, 4) == 0 || !date.ok() || hours.count() > 23 ||
+        minutes.count() > 59 || seconds.count() > 59)
+        return std::nullopt;
+    return Instant(sys_days(date)) + hours + minutes + seconds +
+           std::chrono::milliseconds(number(20, 3));
+}
+
+// Puts `number` into the `count` characters at `at`, with leading zeros.
+void putDigits(char* at, unsigned number, int count)
+{
+    for (int i = count - 1; i >= 0; --i, number /= 10)
+        at[i] = static_cast<char>('0' + number % 10);
+}
+
 std::string isoDate(Instant instant, bool milliseconds)
 {
     const auto days = std::chrono::floor<std::chrono::days>(instant);
     const year_month_day date(days);
-    const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::milliseconds>(instant - days));
-    std::string text =
-        fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
-                    static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                    time.hours().count(), time.minutes().count(), time.seconds().count());
-    if (milliseconds)
-        text += fmt::format(".{:03}", time.subseconds().count());
-    return text + "Z";
+    const auto ofDay = static_cast<unsigned>(
+        std::chrono::floor<std::chrono::milliseconds>(instant - days).count());
+    std::string text = "0000-00-00T00:00:00.000Z";
+    putDigits(&text[0], static_cast<unsigned>(static_cast<int>(date.year())), 4);
+    putDigits(&text[5], static_cast<unsigned>(date.month()), 2);
+    putDigits(&text[8], static_cast<unsigned>(date.day()), 2);
+    putDigits(&text[11], ofDay / 3'600'000, 2);
+    putDigits(&text[14], ofDay / 60'000 % 60, 2);
+    putDigits(&text[17], ofDay / 1000 % 60, 2);
+    putDigits(&text[20], ofDay % 1000, 3);
+    if (!milliseconds)
+        text.erase(19, 4);
+    return text;
 }
 
 long long roundedSeconds(Instant from, Instant to)
@@ -138,14 +185,16 @@ long long roundedSeconds(Instant from, Instant to)
 
 std::optional<Instant> parseISO8601(std::string_view text)
 {
-    for (const std::size_t digits : {6U, 3U, 0U}) {
-        if (const auto instant = parseFixed(text, digits))
-            return instant;
-    }
-    // Any other fraction: cut it out, from the full stop up to the zone, and read what is left.
+    if (const auto instant = parseOwnForm(text))
+        return instant;
     const auto dot = text.find('.');
     if (dot == std::string_view::npos)
-        return std::nullopt;
+        return parseFixed(text, 0);
+    const auto digits =
+        std::min(text.find_first_not_of("0123456789", dot + 1), text.size()) - dot - 1;
+    if (digits == 3 || digits == 6)
+        return parseFixed(text, static_cast<std::ptrdiff_t>(digits));
+    // Any other fraction: cut it out, from the full stop up to the zone, and read what is left.
     const auto zone = text.find_first_of("+-Z", dot);
     if (zone == std::string_view::npos)
         return std::nullopt;

@@ -7,12 +7,13 @@
 namespace vellumor {
 
 Diagnostics::Diagnostics(Worker& worker, UsageClient& client, const Clock& clock, Folders folders,
-                         Gather gather, Print print)
+                         Gather gather, FindClaude findClaude, Print print)
     : m_worker(worker)
     , m_client(client)
     , m_clock(clock)
     , m_folders(std::move(folders))
     , m_gather(std::move(gather))
+    , m_findClaude(std::move(findClaude))
     , m_print(std::move(print))
 {
 }
@@ -21,11 +22,15 @@ Task<> Diagnostics::run()
 {
     m_print(ReportText::banner());
     auto gather = [this] { return m_gather(); };
-    const Findings findings = co_await m_worker.run(std::move(gather));
+    Findings findings = co_await m_worker.run(std::move(gather));
     const Redaction redaction(m_folders.home, findings.accounts);
-    printWorld(findings, redaction);
+    std::optional<std::string> chosen;
+    if (!findings.preferences.claudeBinaryPath.empty())
+        chosen = findings.preferences.claudeBinaryPath;
+    const auto claudePath = co_await m_findClaude(std::move(chosen));
+    printWorld(findings, claudePath, redaction);
     for (const DiscoveredFacts& facts : findings.accounts)
-        co_await printAccount(facts, &redaction);
+        co_await printAccount(facts, std::move(findings.caches[facts.configDir]), &redaction);
     m_print(ReportText::unmatchedHeading(findings.unmatched.size()));
     for (const DiscoveredFacts& item : findings.unmatched)
         m_print(ReportText::account(*item.resolvedService, item, m_clock.now(), redaction));
@@ -33,22 +38,24 @@ Task<> Diagnostics::run()
     m_print(ReportText::rateLimitLog(findings.rateLimitLines, redaction));
 }
 
-void Diagnostics::printWorld(const Findings& findings, const Redaction& redaction)
+void Diagnostics::printWorld(const Findings& findings, const std::optional<std::string>& claudePath,
+                             const Redaction& redaction)
 {
     m_print(ReportText::noCrashes(redaction.shown(m_folders.crashReports())));
     m_print(ReportText::noTelemetry());
     m_print(ReportText::presence(findings.ownPresence, findings.siblingPresence, redaction));
     m_print(ReportText::onboarding(findings.onboarding, findings.shouldShowOnboarding));
-    m_print(ReportText::revival(findings.preferences, std::nullopt, redaction));
+    m_print(ReportText::revival(findings.preferences, claudePath, redaction));
     m_print(ReportText::keychain(findings.services.size()));
     m_print(ReportText::home(findings.configDirs));
     m_print(ReportText::discovery(findings.accounts.size()));
 }
 
-Task<> Diagnostics::printAccount(DiscoveredFacts facts, const Redaction* redaction)
+Task<> Diagnostics::printAccount(DiscoveredFacts facts, AccountCaches caches,
+                                 const Redaction* redaction)
 {
     m_print(ReportText::account(facts.configDir, facts, m_clock.now(), *redaction));
-    m_print(ReportText::noCaches());
+    m_print(ReportText::caches(caches, m_clock.now(), *redaction));
     if (facts.tokenStatus != TokenStatus::readable) {
         m_print(ReportText::usageSkipped(facts.tokenStatus));
         co_return;

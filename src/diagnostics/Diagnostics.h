@@ -20,21 +20,28 @@ public:
     using Gather = std::function<Findings()>; // blocks; runs on the worker
     using Print = std::function<void(std::string_view text)>;
 
+    // Finds the `claude` program, given the user's choice.
+    using FindClaude =
+        std::function<Task<std::optional<std::string>>(std::optional<std::string> preference)>;
+
     // Everything borrowed outlives the run.
     Diagnostics(Worker& worker, UsageClient& client, const Clock& clock, Folders folders,
-                Gather gather, Print print);
+                Gather gather, FindClaude findClaude, Print print);
 
     [[nodiscard]] Task<> run();
 
 private:
-    void printWorld(const Findings& findings, const Redaction& redaction);
-    [[nodiscard]] Task<> printAccount(DiscoveredFacts facts, const Redaction* redaction);
+    void printWorld(const Findings& findings, const std::optional<std::string>& claudePath,
+                    const Redaction& redaction);
+    [[nodiscard]] Task<> printAccount(DiscoveredFacts facts, AccountCaches caches,
+                                      const Redaction* redaction);
 
     Worker& m_worker;
     UsageClient& m_client;
     const Clock& m_clock;
     Folders m_folders;
     Gather m_gather;
+    FindClaude m_findClaude;
     Print m_print;
 };
 

@@ -1,10 +1,12 @@
 #include "diagnostics/Findings.h"
 
 #include "accounts/AccountDiscovery.h"
+#include "history/ResetAnchorStore.h"
 #include "store/FileReader.h"
 #include "store/FileStore.h"
 #include "store/PreferencesStore.h"
 #include "usage/RateLimitLog.h"
+#include "usage/caches/SharedCache.h"
 
 #include <algorithm>
 
@@ -63,6 +65,16 @@ void readOwnFiles(Findings& findings, const Environment& environment, const Fold
         RateLimitLog::recentIn(folders.vellumor() + "/429-log.jsonl", rateLimitLinesShown);
 }
 
+void readCaches(Findings& findings, const Folders& folders)
+{
+    auto anchors = ResetAnchorStore::loadFrom(folders.vellumor() + "/reset-anchors.json");
+    for (const DiscoveredFacts& facts : findings.accounts) {
+        const std::string& dir = facts.configDir;
+        findings.caches[dir] = {SharedCache::readFrom(folders.quorle() + "/usage-cache", dir),
+                                VscodeStatusCache::read(dir), std::move(anchors[dir])};
+    }
+}
+
 } // namespace
 
 Findings Findings::gather(const Environment& environment, const Folders& folders,
@@ -79,6 +91,7 @@ Findings Findings::gather(const Environment& environment, const Folders& folders
         return findings.services = enumerate();
     };
     findings.accounts = discovery.run().facts;
+    readCaches(findings, folders);
     findings.unmatched = unmatchedOf(findings, keychain);
     findings.pollable = static_cast<int>(
         std::count_if(findings.accounts.begin(), findings.accounts.end(),

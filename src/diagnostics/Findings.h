@@ -4,11 +4,13 @@
 #include "accounts/KeychainReader.h"
 #include "accounts/StoredAccount.h"
 #include "base/Environment.h"
+#include "diagnostics/AccountCaches.h"
 #include "store/Folders.h"
 #include "store/OnboardingStore.h"
 #include "store/Preferences.h"
 #include "store/PresenceMarker.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +29,7 @@ struct Findings {
     std::optional<std::vector<std::string>> configDirs; // in the home folder; nothing: not listable
     std::vector<DiscoveredFacts> accounts;
     std::vector<DiscoveredFacts> unmatched; // services that no account took; configDir is empty
+    std::map<std::string, AccountCaches> caches; // by config directory, for each of the accounts
     int pollable = 0;
     std::vector<std::string> rateLimitLines;
 

@@ -3,6 +3,7 @@
 #include "base/Format.h"
 #include "base/IntervalDisplay.h"
 #include "base/Version.h"
+#include "usage/UsagePipeline.h"
 
 #include <fmt/format.h>
 
@@ -42,12 +43,16 @@ std::string expiry(const DiscoveredFacts& facts, Instant now)
     return " · ended " + Format::relativeAge(*facts.tokenExpiresAt, now);
 }
 
+std::string resetText(const std::optional<Instant>& reset, Instant now)
+{
+    return reset ? "resets in " + Format::countdown(*reset, now) : "no reset time";
+}
+
 std::string windowLine(const LimitWindow& window, Instant now, const Redaction& redaction)
 {
     const std::string percent = fmt::format("{:.1f}%", window.percent);
-    const std::string reset =
-        window.resetsAt ? "resets in " + Format::countdown(*window.resetsAt, now) : "no reset time";
-    return fmt::format("    usage    : {:>6}  {:<18}  {}\n", percent, reset,
+    return fmt::format("    usage    : {:>6}  {:<18}  {}\n", percent,
+                       resetText(window.resetsAt, now),
                        redaction.shown(LimitWindow::title(window.kind, window.scope)));
 }
 
@@ -94,6 +99,39 @@ std::string readingText(const Usage& usage, Instant now, const Redaction& redact
     if (usage.extraUsage)
         text += extraLine(*usage.extraUsage);
     return text + "    project  : stateless=none (no recency coverage or no change)\n";
+}
+
+std::string sharedLine(const std::optional<UsageCacheFile>& shared, Instant now)
+{
+    if (!shared)
+        return "    cache    : shared (none yet)\n";
+    const bool isFresh = UsagePipeline::isFresh(shared->fetchedAt, now, std::nullopt);
+    std::string text = fmt::format("    cache    : shared {} ({} window(s))",
+                                   isFresh ? "fresh" : "stale", shared->windows.size());
+    if (shared->backoffUntil && *shared->backoffUntil > now)
+        text += " backoff until " + Format::isoWholeSeconds(*shared->backoffUntil);
+    return text + "\n";
+}
+
+std::string vscodeLine(const std::optional<VscodeStatusCache::Snapshot>& vscode, Instant now)
+{
+    if (!vscode)
+        return "    vscode   : (no status cache)\n";
+    return fmt::format("    vscode   : 5h {:.1f}% {} · 7d {:.1f}% {} · updated {}\n",
+                       vscode->util5h, resetText(vscode->reset5h, now), vscode->util7d,
+                       resetText(vscode->reset7d, now),
+                       Format::relativeAge(vscode->updatedAt, now));
+}
+
+// Anchors are learnt from weekly windows alone.
+std::string anchorLine(const std::string& kind, const ResetAnchor& anchor, Instant now,
+                       const Redaction& redaction)
+{
+    const auto next = nextReset(anchor, kind, "weekly", now);
+    return fmt::format("    anchor   : {} {} last={}{}\n", redaction.shown(kind),
+                       next ? Format::isoWholeSeconds(*next) : "—",
+                       Format::isoWholeSeconds(anchor.resetsAt),
+                       anchor.offCadence ? "  OFF-CADENCE (estimates suppressed)" : "");
 }
 
 } // namespace
@@ -173,11 +211,14 @@ std::string account(const std::string& title, const DiscoveredFacts& facts, Inst
     return text + "\n";
 }
 
-std::string noCaches()
+std::string caches(const AccountCaches& caches, Instant now, const Redaction& redaction)
 {
-    return "    cache    : shared (none yet)\n"
-           "    vscode   : (no status cache)\n"
-           "    anchors  : (none learned yet)\n";
+    std::string text = sharedLine(caches.shared, now) + vscodeLine(caches.vscode, now);
+    for (const auto& [kind, anchor] : caches.anchors)
+        text += anchorLine(kind, anchor, now, redaction);
+    if (caches.anchors.empty())
+        text += "    anchors  : (none learned yet)\n";
+    return text;
 }
 
 std::string usageSkipped(TokenStatus status)

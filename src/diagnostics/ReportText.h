@@ -2,6 +2,7 @@
 
 #include "accounts/DiscoveredFacts.h"
 #include "base/Instant.h"
+#include "diagnostics/AccountCaches.h"
 #include "diagnostics/Redaction.h"
 #include "store/OnboardingStore.h"
 #include "store/Preferences.h"
@@ -34,7 +35,10 @@ namespace vellumor::ReportText {
 // Identity, service, plan and token of one account; `title` is its first line.
 [[nodiscard]] std::string account(const std::string& title, const DiscoveredFacts& facts,
                                   Instant now, const Redaction& redaction);
-[[nodiscard]] std::string noCaches();
+// What is kept about an account: the reading and the wait that the applications share, that of VS
+// Code's extension, and the resets that were learnt.
+[[nodiscard]] std::string caches(const AccountCaches& caches, Instant now,
+                                 const Redaction& redaction);
 
 // What the endpoint said about an account, or why it was not asked.
 [[nodiscard]] std::string usageSkipped(TokenStatus status);

@@ -1,5 +1,6 @@
 #include "store/PresenceMarker.h"
 
+#include "base/Format.h"
 #include "base/Json.h"
 #include "base/StrictReader.h"
 #include "store/FileReader.h"
@@ -8,9 +9,18 @@ namespace vellumor::PresenceMarker {
 
 namespace {
 
+constexpr int schemaVersion = 1;
+constexpr std::string_view ownName = "vellumor";
+constexpr std::size_t dayLength = 10; // of a date's text: "2026-03-01"
+
+std::string markerPath(std::string_view name, const std::string& base)
+{
+    return directory(base) + "/" + std::string(name) + ".json";
+}
+
 Json readMarker(std::string_view name, const std::string& base)
 {
-    const auto contents = readFile(directory(base) + "/" + std::string(name) + ".json");
+    const auto contents = readFile(markerPath(name, base));
     if (contents.status != ReadStatus::ok)
         return Json::object();
     return parseJsonObject(contents.bytes).value_or(Json::object());
@@ -21,6 +31,34 @@ Json readMarker(std::string_view name, const std::string& base)
 std::string directory(const std::string& base)
 {
     return base + "/presence";
+}
+
+bool writeOwn(const FileStore& files, const std::string& version, Instant now,
+              const std::string& base)
+{
+    files.ensureDirectory(directory(base));
+    const std::string date = Format::isoFractional(now);
+    const auto mark = [&](const Json& present) -> std::optional<Json> {
+        StrictReader reader(present);
+        std::string updatedAt;
+        reader.optional("updatedAt", updatedAt);
+        if (updatedAt.substr(0, dayLength) == date.substr(0, dayLength))
+            return std::nullopt;
+        std::string firstSeenAt;
+        reader.optional("firstSeenAt", firstSeenAt);
+        Json marked = present;
+        marked["schemaVersion"] = schemaVersion;
+        marked["source"] = ownName;
+        marked["version"] = version;
+        marked["updatedAt"] = date;
+        if (firstSeenAt.empty())
+            marked["firstSeenAt"] = date;
+        return marked;
+    };
+    FileStore::Update update;
+    update.currentSchemaVersion = schemaVersion;
+    const auto outcome = files.updateJSONObject(markerPath(ownName, base), update, mark);
+    return outcome != FileStore::UpdateOutcome::failed;
 }
 
 std::optional<Presence> read(std::string_view name, const std::string& base)

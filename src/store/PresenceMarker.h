@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/Instant.h"
+#include "store/FileStore.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +21,11 @@ struct Presence {
 };
 
 [[nodiscard]] std::string directory(const std::string& base);
+
+// Leaves this program's own mark, at most once a day (UTC); what others have added to it stays.
+// False only when it could not be written.
+bool writeOwn(const FileStore& files, const std::string& version, Instant now,
+              const std::string& base);
 
 // Nothing unless all four values are texts.
 [[nodiscard]] std::optional<Presence> read(std::string_view name, const std::string& base);

@@ -14,14 +14,15 @@ CORE = {
     "store": {"base"},
     "platform": {"base", "async"},  # the seams; async for those that are waited for
     "usage/model": {"base"},
+    "usage/caches": {"base", "store", "usage/model"},
     "history": {"base", "store", "usage/model"},
     "telemetry": {"base", "store"},
     "accounts": {"base", "store", "platform"},
 }
 ORCHESTRATION = {
     "async": {"base"},
-    "usage": {"base", "store", "platform", "async", "usage/model", "accounts", "history"},
-    "diagnostics": {"base", "store", "platform", "async", "usage/model", "usage", "accounts", "history", "telemetry"},
+    "usage": {"base", "store", "platform", "async", "usage/model", "usage/caches", "accounts", "history"},
+    "diagnostics": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history", "telemetry"},
 }
 EDGES = {
     "platform/linux": {"base", "store", "async", "platform", "usage"},

@@ -17,7 +17,8 @@ struct CountingTransport final : HttpTransport {
     Task<HttpAnswer> get(HttpRequest) override
     {
         ++calls;
-        co_return answer;
+        auto copy = answer;
+        co_return copy;
     }
 };
 
@@ -43,13 +44,24 @@ struct DiagnosticsTest : testing::Test {
                            return ClaudeCredentials();
                        },
                        "http://127.0.0.1:1/"};
-    Diagnostics diagnostics{worker,
-                            client,
-                            clock,
-                            {"/home/ann", "/home/ann/data", "/home/ann/config"},
-                            [this] { return findings; },
-                            [this](std::string_view text) { printed += text; }};
+    Diagnostics diagnostics{
+        worker,
+        client,
+        clock,
+        {"/home/ann", "/home/ann/data", "/home/ann/config"},
+        [this] { return findings; },
+        [this](std::optional<std::string> preference) { return findClaude(std::move(preference)); },
+        [this](std::string_view text) { printed += text; }};
 
+    std::optional<std::string> claude;
+    std::vector<std::optional<std::string>> preferencesAsked;
+
+    Task<std::optional<std::string>> findClaude(std::optional<std::string> preference)
+    {
+        preferencesAsked.push_back(std::move(preference));
+        auto copy = claude;
+        co_return copy;
+    }
     void run() { QCoro::waitFor(diagnostics.run()); }
     [[nodiscard]] bool has(std::string_view text) const
     {
@@ -62,6 +74,28 @@ TEST_F(DiagnosticsTest, withoutAccountsTheReportStillReachesThe429Log)
     run();
     EXPECT_TRUE(printed.ends_with("429 log:  empty — no 429 ever observed on this install\n"));
     EXPECT_EQ(transport.calls, 0);
+}
+
+TEST_F(DiagnosticsTest, tellsWhichClaudeProgramIsFound)
+{
+    run();
+    EXPECT_TRUE(has("manual path=(none) · claude=not found\n"));
+    findings.preferences.claudeBinaryPath = "/home/ann/bin/claude";
+    claude = "/home/ann/bin/claude";
+    run();
+    EXPECT_TRUE(has("manual path=~/bin/claude · claude=~/bin/claude\n"));
+    EXPECT_EQ(preferencesAsked, (std::vector<std::optional<std::string>>{{}, claude}));
+}
+
+TEST_F(DiagnosticsTest, eachAccountHasItsOwnCaches)
+{
+    findings.accounts = {facts("/home/ann/.claude", TokenStatus::expired),
+                         facts("/home/ann/.claude-work", TokenStatus::expired)};
+    findings.caches["/home/ann/.claude-work"].anchors["weekly_all"] = {clock.now(), false};
+    run();
+    const auto work = printed.find("\n~/.claude-work\n");
+    EXPECT_LT(printed.find("    anchors  : (none learned yet)"), work);
+    EXPECT_GT(printed.find("    anchor   : weekly_all "), work);
 }
 
 TEST_F(DiagnosticsTest, theSectionsStandInTheirOrder)

@@ -1,8 +1,10 @@
 #include "diagnostics/Findings.h"
 
+#include "history/ResetAnchorStore.h"
 #include "support/FakeClock.h"
 #include "support/FakeKeyring.h"
 #include "support/TempFolder.h"
+#include "usage/caches/SharedCache.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +43,35 @@ TEST_F(FindingsTest, anEmptyHomeIsReportedAndStaysEmpty)
     EXPECT_TRUE(findings.shouldShowOnboarding);
     EXPECT_TRUE(findings.rateLimitLines.empty());
     EXPECT_TRUE(test::namesIn(home.path()).empty());
+}
+
+TEST_F(FindingsTest, theCachesOfAnAccountAreThoseOfItsConfigDirectory)
+{
+    const std::string work = home.makeFolder(".claude-work");
+    home.put(".claude-work/.credentials.json", livingCredential);
+    home.makeFolder(".claude");
+    home.put(".claude/.credentials.json", livingCredential);
+    home.put(".claude-work/vscode-claude-status-cache.json",
+             R"({"updatedAt": "2026-03-29T00:00:00Z", "usageData": {"utilization5h": 12}})");
+    const FileStore files;
+    Usage usage;
+    usage.fetchedAt = clock.now();
+    SharedCache(files, folders.quorle() + "/usage-cache").write(usage, work, std::nullopt);
+    LimitWindow week;
+    week.kind = "weekly_all";
+    week.group = "weekly";
+    week.resetsAt = clock.now();
+    usage.windows = {week};
+    ResetAnchorStore(files, folders.vellumor() + "/reset-anchors.json").record(usage, work);
+
+    Findings findings = gather();
+    ASSERT_EQ(findings.caches.size(), 2U);
+    const AccountCaches& caches = findings.caches[work];
+    EXPECT_TRUE(caches.shared);
+    EXPECT_EQ(caches.vscode.value().util5h, 12);
+    EXPECT_TRUE(caches.anchors.contains("weekly_all"));
+    const AccountCaches& none = findings.caches[home.file(".claude")];
+    EXPECT_FALSE(none.shared || none.vscode || !none.anchors.empty());
 }
 
 TEST_F(FindingsTest, aHomeThatCannotBeListedIsToldApartFromAnEmptyOne)

@@ -24,11 +24,53 @@ TEST(ReportText, sectionsWithNothingToTellSaySo)
     EXPECT_EQ(ReportText::noTelemetry(), "Telemetry: not written yet\n");
     EXPECT_EQ(ReportText::presence(std::nullopt, std::nullopt, redaction),
               "Presence:  vellumor=no · ostrelline installed=no\n");
-    EXPECT_EQ(ReportText::noCaches(), "    cache    : shared (none yet)\n"
-                                      "    vscode   : (no status cache)\n"
-                                      "    anchors  : (none learned yet)\n");
+    EXPECT_EQ(ReportText::caches({}, now, redaction), "    cache    : shared (none yet)\n"
+                                                      "    vscode   : (no status cache)\n"
+                                                      "    anchors  : (none learned yet)\n");
     EXPECT_EQ(ReportText::rateLimitLog({}, redaction),
               "429 log:  empty — no 429 ever observed on this install\n");
+}
+
+TEST(ReportText, theSharedCacheTellsItsAgeItsWindowsAndARunningWait)
+{
+    const auto line = [](std::chrono::milliseconds age, std::optional<Instant> backoffUntil) {
+        AccountCaches caches;
+        caches.shared = UsageCacheFile();
+        caches.shared->fetchedAt = now - age;
+        caches.shared->windows.resize(2);
+        caches.shared->backoffUntil = backoffUntil;
+        const std::string text = ReportText::caches(caches, now, redaction);
+        return text.substr(0, text.find('\n'));
+    };
+    using namespace std::chrono_literals;
+    EXPECT_EQ(line(89999ms, {}), "    cache    : shared fresh (2 window(s))");
+    EXPECT_EQ(line(90s, {}), "    cache    : shared stale (2 window(s))");
+    EXPECT_EQ(line(90s, now), "    cache    : shared stale (2 window(s))"); // it has passed
+    EXPECT_EQ(line(90s, now + 1s),
+              "    cache    : shared stale (2 window(s)) backoff until 2026-03-01T12:00:01Z");
+}
+
+TEST(ReportText, theStatusCacheOfVsCodeTellsBothLimits)
+{
+    AccountCaches caches;
+    caches.vscode = {now - std::chrono::minutes(5), 12.5, 30, now + std::chrono::hours(2), {}};
+    EXPECT_EQ(ReportText::caches(caches, now, redaction),
+              "    cache    : shared (none yet)\n"
+              "    vscode   : 5h 12.5% resets in 2h 0m · 7d 30.0% no reset time · updated 5m ago\n"
+              "    anchors  : (none learned yet)\n");
+}
+
+TEST(ReportText, anAnchorTellsItsNextResetUnlessItsStepsAreBroken)
+{
+    AccountCaches caches;
+    caches.anchors["weekly_all"] = {instant("2026-02-20T10:00:00Z"), false};
+    caches.anchors["seven_day_opus"] = {instant("2026-02-21T10:00:00Z"), true};
+    EXPECT_EQ(ReportText::caches(caches, now, redaction),
+              "    cache    : shared (none yet)\n"
+              "    vscode   : (no status cache)\n"
+              "    anchor   : seven_day_opus — last=2026-02-21T10:00:00Z"
+              "  OFF-CADENCE (estimates suppressed)\n"
+              "    anchor   : weekly_all 2026-03-06T10:00:00Z last=2026-02-20T10:00:00Z\n");
 }
 
 TEST(ReportText, presenceTellsVersionAndFirstDay)

@@ -29,7 +29,8 @@ struct FakeTransport final : HttpTransport {
         urls.push_back(request.url);
         bearers.emplace_back(request.bearer.view());
         headers = request.headers;
-        co_return answer;
+        auto copy = answer;
+        co_return copy;
     }
 };
 

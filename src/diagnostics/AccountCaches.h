@@ -1,0 +1,18 @@
+#pragma once
+
+#include "history/ResetAnchor.h"
+#include "usage/caches/VscodeStatusCache.h"
+#include "usage/model/UsageCacheFile.h"
+
+#include <optional>
+
+namespace vellumor {
+
+// What this machine knows about an account without asking the endpoint.
+struct AccountCaches {
+    std::optional<UsageCacheFile> shared;
+    std::optional<VscodeStatusCache::Snapshot> vscode;
+    AnchorsByKind anchors;
+};
+
+} // namespace vellumor

@@ -1,0 +1,222 @@
+#include "platform/linux/QtProcessRunner.h"
+
+#include "async/LiveClock.h"
+#include "support/FakeClock.h"
+#include "support/ProcessTesting.h"
+#include "support/private_bus/ChildProcess.h"
+
+#include <QCoroCore>
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+using namespace std::chrono_literals;
+using test::areGone;
+using test::FakeClock;
+using test::isGone;
+using test::pidsIn;
+using test::TempFolder;
+
+constexpr auto limit = 10s;
+
+// Real children, and a clock that moves when they have come where a test wants them.
+struct QtProcessRunnerEndTest : testing::Test {
+    TempFolder folder;
+    FakeClock clock;
+    QtProcessRunner runner{clock};
+    std::optional<ProcessResult> result;
+    Task<> task;
+
+    // What a test has left running.
+    ~QtProcessRunnerEndTest() override
+    {
+        for (const pid_t pid : pids())
+            ::kill(pid, SIGKILL);
+    }
+
+    [[nodiscard]] std::vector<pid_t> pids() const { return pidsIn(folder.file("pids")); }
+    [[nodiscard]] bool has(const char* file) const
+    {
+        return !test::contentsOf(folder.file(file)).empty();
+    }
+    Task<> note(ProcessRequest request) { result = co_await runner.run(std::move(request)); }
+
+    // The script appends to "pids" the ids of `count` processes that will hang.
+    void start(const std::string& script, std::size_t count)
+    {
+        ProcessRequest request = test::shellRequest(folder, script);
+        request.timeLimit = limit;
+        task = note(std::move(request));
+        ASSERT_TRUE(test::turnLoopUntil([&] { return pids().size() == count; }));
+    }
+    // What is due at once does come; time does not pass.
+    bool turnLoopUntil(const std::function<bool()>& done)
+    {
+        return test::turnLoopUntil([&] {
+            clock.advance(0ms);
+            return done();
+        });
+    }
+    void expectStatus(int status)
+    {
+        ASSERT_TRUE(turnLoopUntil([&] { return result.has_value(); }));
+        EXPECT_EQ(result->status, status);
+        EXPECT_EQ(clock.pendingAlarms(), 0U);
+    }
+};
+
+TEST_F(QtProcessRunnerEndTest, aChildMayUseItsTimeToTheLast)
+{
+    start("echo $$ >>pids; exec sleep 60", 1);
+    clock.advance(limit - 1ms);
+    EXPECT_FALSE(isGone(pids().front()));
+    EXPECT_EQ(clock.pendingAlarms(), 1U);
+    clock.advance(1ms);
+    expectStatus(SIGTERM);
+}
+
+TEST_F(QtProcessRunnerEndTest, itsWholeGroupIsToldToEnd)
+{
+    start("sleep 60 & echo $! >>pids; "
+          "(sleep 60 & echo $! >>pids; wait) & echo $! >>pids; "
+          "echo $$ >>pids; wait",
+          4);
+    const auto all = pids();
+    clock.advance(limit);
+    EXPECT_TRUE(turnLoopUntil([&] { return areGone(all); }));
+    clock.advance(2s); // in case the shell was gone before the others
+    expectStatus(SIGTERM);
+}
+
+TEST_F(QtProcessRunnerEndTest, aChildThatEndsWhenItIsToldGivesItsOwnStatusAtOnce)
+{
+    start("trap 'echo bye; exit 5' TERM; echo $$ >>pids; while :; do sleep 0.01; done", 1);
+    clock.advance(limit);
+    expectStatus(5);
+    EXPECT_EQ(result->output, "bye\n");
+}
+
+TEST_F(QtProcessRunnerEndTest, aChildThatTakesNoNoticeIsKilledTwoSecondsLater)
+{
+    start("trap 'echo x >told' TERM; (trap '' TERM; exec sleep 60) & echo $! >>pids; "
+          "echo $$ >>pids; while :; do sleep 0.01; done",
+          2);
+    const auto all = pids();
+    clock.advance(limit);
+    ASSERT_TRUE(turnLoopUntil([&] { return has("told"); }));
+    clock.advance(1999ms);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isGone(all[0]));
+    EXPECT_FALSE(isGone(all[1]));
+    EXPECT_FALSE(result);
+    clock.advance(1ms);
+    expectStatus(SIGKILL);
+    EXPECT_TRUE(turnLoopUntil([&] { return areGone(all); }));
+}
+
+TEST_F(QtProcessRunnerEndTest, aChildThatIsStoppedIsKilledTwoSecondsLater)
+{
+    start("echo $$ >>pids; kill -STOP $$", 1);
+    clock.advance(limit);
+    clock.advance(2s);
+    expectStatus(SIGKILL);
+}
+
+constexpr const char* leaderOfASlowOne =
+    "(trap 'echo x >told; until [ -e go ]; do sleep 0.01; done; echo x >saved; exit' TERM; "
+    "echo x >ready; while :; do sleep 0.01; done) & "
+    "until [ -e ready ]; do sleep 0.01; done; echo $! >>pids; echo $$ >>pids; wait";
+
+TEST_F(QtProcessRunnerEndTest, oneOfTheGroupThatIsStillEndingHasItsTwoSecondsThoughTheShellIsGone)
+{
+    start(leaderOfASlowOne, 2);
+    const auto all = pids();
+    clock.advance(limit);
+    ASSERT_TRUE(turnLoopUntil([&] { return isGone(all[1]) && has("told"); }));
+    clock.advance(1s);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(result);
+    folder.put("go", "");
+    ASSERT_TRUE(turnLoopUntil([&] { return has("saved"); }));
+    clock.advance(1s);
+    expectStatus(SIGTERM);
+}
+
+TEST_F(QtProcessRunnerEndTest, oneOfTheGroupThatTakesLongerIsKilledThoughTheShellIsGone)
+{
+    start(leaderOfASlowOne, 2);
+    const auto all = pids();
+    clock.advance(limit);
+    // Gone, and taken notice of.
+    ASSERT_TRUE(turnLoopUntil([&] { return ::kill(all[1], 0) != 0 && has("told"); }));
+    clock.advance(1999ms);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isGone(all[0]));
+    EXPECT_FALSE(result);
+    clock.advance(1ms);
+    expectStatus(SIGTERM);
+    EXPECT_TRUE(turnLoopUntil([&] { return isGone(all[0]); }));
+}
+
+TEST_F(QtProcessRunnerEndTest, whatAChildLeavesBehindInGoodTimeIsNeitherWaitedForNorEnded)
+{
+    start("sleep 60 & echo $! >>pids; echo left", 1);
+    expectStatus(0);
+    EXPECT_EQ(result->output, "left\n");
+    clock.advance(limit + 2s);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isGone(pids().front()));
+}
+
+TEST_F(QtProcessRunnerEndTest, aDaemonOutlivesTheTimeLimitAndIsNotWaitedFor)
+{
+    start("setsid sleep 60 & until [ \"$(cut -d' ' -f6 /proc/$!/stat)\" = $! ]; do :; done; "
+          "echo $! >>pids; echo $$ >>pids; wait",
+          2);
+    const auto all = pids();
+    clock.advance(limit);
+    expectStatus(SIGTERM);
+    EXPECT_FALSE(isGone(all[0]));
+}
+
+TEST_F(QtProcessRunnerEndTest, aDaemonThatFloodsTheOutputDoesNotHoldUpTheResult)
+{
+    start("setsid sh -c 'echo $$ >>pids; exec yes' & until [ -s pids ]; do :; done; exit 4", 1);
+    expectStatus(4);
+    EXPECT_TRUE(result->output.starts_with("y\ny\n"));
+    EXPECT_TRUE(turnLoopUntil([&] { return isGone(pids().front()); })) << "nobody reads it";
+}
+
+struct QtProcessRunnerLiveEndTest : testing::Test {
+    TempFolder folder;
+    LiveClock clock;
+    QtProcessRunner runner{clock};
+};
+
+TEST_F(QtProcessRunnerLiveEndTest, aChildThatHangsIsToldToEndAtItsTimeLimit)
+{
+    ProcessRequest request = test::shellRequest(folder, "exec sleep 60");
+    request.timeLimit = 200ms;
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(QCoro::waitFor(runner.run(request)).status, SIGTERM);
+    const auto elapsed = std::chrono::steady_clock::now() - begin;
+    EXPECT_GE(elapsed, 200ms);
+    EXPECT_LT(elapsed, 20s);
+}
+
+TEST_F(QtProcessRunnerLiveEndTest, programEndWithAChildUnderWayIsQuiet)
+{
+    const std::string pid = folder.file("pid");
+    test::ChildProcess::Command command;
+    command.arguments = {VELLUMOR_LEAVING_WITH_A_CHILD, pid};
+    command.environment = {{"PATH", "/usr/bin:/bin"}};
+    command.outputFile = folder.file("log");
+    EXPECT_EQ(test::runToEnd(command), "");
+    ASSERT_EQ(pidsIn(pid).size(), 1U);
+    ::kill(pidsIn(pid).front(), SIGKILL);
+}
+
+} // namespace
+} // namespace vellumor
