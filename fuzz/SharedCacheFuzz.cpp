@@ -32,7 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     require(std::get<UsageCacheFile>(again).backoffUntil == fuzz::now);
     Json json = parseJsonObject(text).value();
     json["backoffUntil"] = nullptr;
-    const auto cleared = UsageCacheFile::decode(writeJson(json, JsonLayout::pretty).value());
+    const std::string changed = writeJson(json, JsonLayout::pretty).value();
+    const auto cleared = UsageCacheFile::decode(std::string_view(changed));
     require(std::holds_alternative<UsageCacheFile>(cleared));
     UsageCacheFile expected = file;
     expected.backoffUntil.reset();

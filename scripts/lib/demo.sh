@@ -38,6 +38,29 @@ make_accounts() {
     chmod 600 "$HOME"/.claude*/.credentials.json
 }
 
+iso() { date -u -d "@$1" +%Y-%m-%dT%H:%M:%S.000Z; } # seconds since 1970
+
+# What a program that has run before, and its sibling, would have left: a reading with a wait, learnt resets, the status cache
+# of VS Code's extension, and a `claude` program.
+make_traces() {
+    local now dir shared own
+    now=$(date +%s)
+    dir=$HOME/.claude-work
+    shared=$HOME/.local/share/Quorle/usage-cache
+    own=$HOME/.local/share/Vellumor
+    mkdir -p "$shared" "$own" "$HOME/.local/bin"
+    printf '{"schemaVersion":2,"fetchedAt":"%s","backoffUntil":"%s","source":"ostrelline","windows":[
+        {"kind":"session","group":"session","percent":91,"isActive":true}]}' \
+        "$(iso $((now - 400)))" "$(iso $((now + 200)))" >"$shared/$(printf %s "$dir" | sha256sum | head -c 8).json"
+    printf '{"schemaVersion":1,"anchors":{"%s":{"seven_day_opus":{"resetsAt":"%s","offCadence":true},
+        "weekly_all":{"resetsAt":"%s","offCadence":false}}}}' \
+        "$dir" "$(iso $((now - 900000)))" "$(iso $((now - 500000)))" >"$own/reset-anchors.json"
+    printf '{"updatedAt":"%s","usageData":{"utilization5h":58.5,"utilization7d":40,"reset5hAt":%s}}' \
+        "$(iso $((now - 900)))" $((now + 8000)) >"$HOME/.claude/vscode-claude-status-cache.json"
+    printf '#!/bin/sh\nexit 0\n' >"$HOME/.local/bin/claude"
+    chmod 755 "$HOME/.local/bin/claude"
+}
+
 inside() {
     local build=$1 port
     if ! printf '\n' | gnome-keyring-daemon --unlock --components=secrets >"$HOME/keyring.log" 2>&1; then
@@ -46,6 +69,7 @@ inside() {
         return 1
     fi
     make_accounts
+    make_traces
     "$build/tests/demo/vellumor-usage-server" >"$HOME/port" &
     server=$!
     trap 'kill "$server" 2>/dev/null || true' EXIT

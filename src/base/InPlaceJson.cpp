@@ -15,7 +15,7 @@ constexpr std::size_t chunkSize = std::size_t{64} * 1024;
 bool isDecodable(std::string_view bytes)
 {
     return bytes.find('\0') == std::string_view::npos && Text::isValidUtf8(bytes) &&
-           isNestedWithin(bytes, maxJsonDepth);
+           isNestedWithin(bytes, maxJsonDepth) && hasAtMostValues(bytes, maxJsonValues);
 }
 
 } // namespace

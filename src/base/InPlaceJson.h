@@ -21,8 +21,8 @@ public:
     InPlaceJson(const InPlaceJson&) = delete;
     InPlaceJson& operator=(const InPlaceJson&) = delete;
 
-    // Null pointer when the bytes were not one JSON value in valid UTF-8, or were nested deeper
-    // than maxJsonDepth.
+    // Null pointer when the bytes were not one JSON value in valid UTF-8, were nested deeper than
+    // maxJsonDepth, or held more than maxJsonValues.
     [[nodiscard]] const Value* root() const { return m_isGood ? &m_document : nullptr; }
 
     // What stands in `object` under `key`; of a repeated key the last, as for Claude Code itself.

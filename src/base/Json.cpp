@@ -72,10 +72,19 @@ bool isNestedWithin(std::string_view bytes, int limit)
     return true;
 }
 
+bool hasAtMostValues(std::string_view bytes, std::size_t limit)
+{
+    std::size_t separators = 0;
+    for (const char separator : {',', '[', '{'})
+        separators += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), separator));
+    return separators <= limit;
+}
+
 std::optional<Json> parseJson(std::string_view bytes)
 {
     // The parser would take a zero byte for the end, and not look at what follows.
-    if (bytes.find('\0') != std::string_view::npos || !isNestedWithin(bytes, maxJsonDepth))
+    if (bytes.find('\0') != std::string_view::npos || !isNestedWithin(bytes, maxJsonDepth) ||
+        !hasAtMostValues(bytes, maxJsonValues))
         return std::nullopt;
     Json json = Json::parse(bytes, nullptr, false);
     if (json.is_discarded())

@@ -107,7 +107,7 @@ std::string sharedLine(const std::optional<UsageCacheFile>& shared, Instant now)
         return "    cache    : shared (none yet)\n";
     const bool isFresh = UsagePipeline::isFresh(shared->fetchedAt, now, std::nullopt);
     std::string text = fmt::format("    cache    : shared {} ({} window(s))",
-                                   isFresh ? "fresh" : "stale", shared->windows.size());
+                                   isFresh ? "fresh" : "stale", shared->usage().windows.size());
     if (shared->backoffUntil && *shared->backoffUntil > now)
         text += " backoff until " + Format::isoWholeSeconds(*shared->backoffUntil);
     return text + "\n";

@@ -17,6 +17,8 @@ namespace {
 namespace dom = simdjson::dom;
 
 constexpr std::size_t usualSampleSize = 160; // bytes of text
+// More than fit into the largest history: a sample a second, a percent a limit.
+constexpr std::size_t maxHistoryValues = 4'000'000;
 
 bool readDate(dom::element value, Instant& into)
 {
@@ -61,6 +63,7 @@ bool readPercents(dom::element value, const Percents& before, Percents& into)
     if (readLike(before, object, into))
         return true;
     std::vector<std::pair<std::string_view, double>> entries;
+    entries.reserve(object.size());
     for (const auto [kind, percent] : object) {
         const auto number = readNumber(percent);
         if (!number)
@@ -143,7 +146,8 @@ private:
     {
         // Between these the digits stand without an exponent, whichever library writes them.
         const double size = std::fabs(percent);
-        if (size >= 1e-4 && size < 1e15) {
+        const bool isPlainZero = percent == 0 && !std::signbit(percent);
+        if (isPlainZero || (size >= 1e-4 && size < 1e15)) {
             std::array<char, 32> digits{};
             const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), percent,
                                            std::chars_format::fixed);
@@ -165,6 +169,7 @@ UsageSample UsageSample::of(const Usage& usage)
     UsageSample sample;
     sample.at = usage.fetchedAt;
     std::vector<std::pair<std::string_view, double>> entries;
+    entries.reserve(usage.windows.size());
     for (const LimitWindow& window : usage.windows)
         entries.emplace_back(window.kind, window.percent);
     sample.percents = Percents(std::move(entries));
@@ -183,7 +188,8 @@ std::optional<UsageSamples> decodeSamples(const std::string& bytes)
 {
     dom::parser parser;
     dom::array array;
-    if (parser.allocate(bytes.size(), maxJsonDepth) != simdjson::SUCCESS ||
+    if (!hasAtMostValues(bytes, maxHistoryValues) ||
+        parser.allocate(bytes.size(), maxJsonDepth) != simdjson::SUCCESS ||
         parser.parse(bytes).get_array().get(array) != simdjson::SUCCESS)
         return std::nullopt;
     UsageSamples samples;

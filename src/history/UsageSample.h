@@ -29,7 +29,7 @@ using UsageSamples = std::vector<UsageSample>; // in the order in which they wer
 
 // The samples in the bytes of a history file. One element with a missing key, a wrong type or a bad
 // date makes it nothing; unknown keys are passed over. Fast for bytes as readFile gives them, with
-// spare room behind.
+// spare room behind. A percent that is written as an integer beyond 64 bits spoils the file.
 [[nodiscard]] std::optional<UsageSamples> decodeSamples(const std::string& bytes);
 
 } // namespace vellumor

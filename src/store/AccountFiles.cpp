@@ -26,6 +26,8 @@ std::vector<std::filesystem::path> forgottenEntries(const std::string& dir,
         if (name.ends_with(".json") && !keptNames.contains(name))
             forgotten.push_back(entry->path());
     }
+    if (error)
+        return {};
     return forgotten;
 }
 

@@ -81,6 +81,8 @@ std::vector<std::string> globbed(const std::string& folder, const std::string& p
         if (name.starts_with(prefix))
             paths.push_back(std::string(folder).append("/").append(name).append(inside));
     }
+    if (error)
+        return {};
     return versionSortedDescending(std::move(paths));
 }
 
@@ -122,7 +124,8 @@ std::vector<std::string> globbedBundledPaths(const std::string& home)
 bool isExecutable(const std::string& path)
 {
     struct stat status {};
-    return path.starts_with('/') && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+    const bool isOnePath = path.starts_with('/') && path.find('\0') == std::string::npos;
+    return isOnePath && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
            ::access(path.c_str(), X_OK) == 0;
 }
 

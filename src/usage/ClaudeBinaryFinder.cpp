@@ -1,6 +1,7 @@
 #include "usage/ClaudeBinaryFinder.h"
 
 #include "base/Text.h"
+#include "store/DiskPath.h"
 #include "usage/ClaudeBinary.h"
 
 #include <algorithm>
@@ -42,8 +43,8 @@ Task<std::optional<std::string>> ClaudeBinaryFinder::find(std::optional<std::str
     hints.override = value(m_setting.environment, "VELLUMOR_CLAUDE_PATH");
     hints.preference = std::move(preference);
     hints.whichPath = co_await loginShellWhich();
-    hints.home = m_setting.home;
     auto search = [this, hints = std::move(hints)]() mutable {
+        hints.home = DiskPath::spelled(m_setting.home);
         hints.persisted = m_persisted.read();
         hints.nvmPaths = ClaudeBinary::globbedNvmPaths(hints.home);
         hints.bundledPaths = ClaudeBinary::globbedBundledPaths(hints.home);
@@ -70,7 +71,8 @@ Task<std::optional<std::string>> ClaudeBinaryFinder::loginShellWhich()
     request.program = m_setting.loginShell;
     request.arguments = {"-ilc", "command -v claude"};
     request.environment = childEnvironment(m_setting.environment);
-    request.workingDirectory = m_setting.workingDirectory;
+    auto findSpelling = [dir = m_setting.workingDirectory] { return DiskPath::spelled(dir); };
+    request.workingDirectory = co_await m_worker.run(std::move(findSpelling));
     request.timeLimit = shellTimeLimit;
     request.outputLimit = outputLimit;
     const ProcessResult result = co_await m_processes.run(std::move(request));

@@ -34,7 +34,7 @@ enum class RevivalStatus {
 struct FetchOutcome {
     std::optional<Usage> usage; // the best reading known; may be older than the fetch
     std::optional<UsageSource> source;
-    std::optional<UsageFetchError> error; // why no fresh reading came; nothing when none was tried
+    std::optional<UsageFetchError> error; // why no fresh reading came
     bool isOffline = false;
     std::optional<Instant> backoffUntil; // no call is made before
     std::optional<RevivalStatus> revival;

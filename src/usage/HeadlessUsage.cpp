@@ -1,6 +1,7 @@
 #include "usage/HeadlessUsage.h"
 
 #include "store/DiskPath.h"
+#include "store/FileStore.h"
 #include "usage/ClaudeBinaryFinder.h"
 #include "usage/TokenReviver.h"
 
@@ -23,8 +24,11 @@ Task<int> HeadlessUsage::spawnUsage(std::string binary, std::string configDir, s
 {
     ProcessRequest request;
     // Claude Code is to work in the directory that is there, not to make another one beside it.
-    auto findSpelling = [dir = configDir] { return DiskPath::spelled(dir); };
-    const std::string spelled = co_await m_worker.run(std::move(findSpelling));
+    auto prepare = [dir = configDir, workDir] {
+        FileStore().ensureDirectory(workDir);
+        return DiskPath::spelled(dir);
+    };
+    const std::string spelled = co_await m_worker.run(std::move(prepare));
     request.program = m_setting.loginShell;
     request.arguments = {"-ilc", TokenReviver::usageCommand(binary, spelled, m_setting.home)};
     request.environment = childEnvironment(m_setting.environment);

@@ -24,9 +24,14 @@ bool LiveCollaborators::tokenRevivalEnabled() const
     return m_parts.tokenRevivalEnabled();
 }
 
-Task<std::optional<UsageCacheFile>> LiveCollaborators::readShared(std::string configDir)
+Task<std::optional<SharedReading>> LiveCollaborators::readShared(std::string configDir)
 {
-    auto read = [dir = std::move(configDir)](SharedCache& cache) { return cache.read(dir); };
+    auto read = [dir = std::move(configDir)](SharedCache& cache) -> std::optional<SharedReading> {
+        const auto file = cache.read(dir);
+        if (!file)
+            return std::nullopt;
+        return SharedReading{file->usage(), file->backoffUntil};
+    };
     co_return co_await m_parts.stores.cache(std::move(read));
 }
 
@@ -63,7 +68,7 @@ Task<std::optional<VscodeStatusCache::Snapshot>>
 LiveCollaborators::readVscode(std::string configDir)
 {
     auto read = [dir = std::move(configDir)] { return VscodeStatusCache::read(dir); };
-    co_return co_await m_parts.storeWorker.run(std::move(read));
+    co_return co_await m_parts.accountWorker.run(std::move(read));
 }
 
 Task<> LiveCollaborators::appendHistory(Usage usage, std::string configDir, Instant now)
@@ -105,7 +110,7 @@ Task<std::optional<Instant>> LiveCollaborators::credentialExpiry(Account account
         const auto* credentials = std::get_if<ClaudeCredentials>(&result);
         return credentials != nullptr ? credentials->expiry() : std::nullopt;
     };
-    co_return co_await m_parts.credentialWorker.run(std::move(read));
+    co_return co_await m_parts.accountWorker.run(std::move(read));
 }
 
 } // namespace vellumor

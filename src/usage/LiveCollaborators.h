@@ -15,8 +15,7 @@ class LiveCollaborators final : public PipelineCollaborators {
 public:
     struct Parts {
         UsageStores& stores;
-        Worker& storeWorker;      // that of the stores
-        Worker& credentialWorker; // for what may take seconds
+        Worker& accountWorker; // for what lies with the accounts, and may hang there
         UsageClient& client;
         TokenReviver& reviver;
         const NetworkMonitor& network;
@@ -31,7 +30,7 @@ public:
     [[nodiscard]] bool isOnline() const override;
     [[nodiscard]] bool localCacheOnly() const override;
     [[nodiscard]] bool tokenRevivalEnabled() const override;
-    [[nodiscard]] Task<std::optional<UsageCacheFile>> readShared(std::string configDir) override;
+    [[nodiscard]] Task<std::optional<SharedReading>> readShared(std::string configDir) override;
     [[nodiscard]] Task<> writeShared(Usage usage, std::string configDir) override;
     [[nodiscard]] Task<> setBackoff(Instant until, std::string configDir) override;
     [[nodiscard]] Task<std::map<std::string, Usage>> loadSnapshots() override;

@@ -6,13 +6,19 @@
 #include "usage/TokenReviver.h"
 #include "usage/UsageClient.h"
 #include "usage/caches/VscodeStatusCache.h"
-#include "usage/model/UsageCacheFile.h"
+#include "usage/model/Usage.h"
 
 #include <map>
 #include <optional>
 #include <string>
 
 namespace vellumor {
+
+// What the applications share about an account.
+struct SharedReading {
+    Usage usage;
+    std::optional<Instant> backoffUntil;
+};
 
 // All that a UsagePipeline asks of others. Each task may take as long as it likes; whatever a store
 // cannot do it keeps to itself. Main thread only.
@@ -24,7 +30,7 @@ public:
     [[nodiscard]] virtual bool localCacheOnly() const = 0;      // the user forbids calls
     [[nodiscard]] virtual bool tokenRevivalEnabled() const = 0; // the user allows revivals
 
-    [[nodiscard]] virtual Task<std::optional<UsageCacheFile>> readShared(std::string configDir) = 0;
+    [[nodiscard]] virtual Task<std::optional<SharedReading>> readShared(std::string configDir) = 0;
     [[nodiscard]] virtual Task<> writeShared(Usage usage, std::string configDir) = 0;
     [[nodiscard]] virtual Task<> setBackoff(Instant until, std::string configDir) = 0;
 

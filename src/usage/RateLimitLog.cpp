@@ -5,6 +5,7 @@
 #include "base/Text.h"
 #include "store/FileReader.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <filesystem>
@@ -20,19 +21,22 @@ void put(Json& json, const char* key, const std::optional<double>& number)
         json[key] = *number;
 }
 
-std::vector<std::string> readLines(const std::string& fileURL)
+// The last `most` lines that are not empty, oldest first.
+std::vector<std::string> readLines(const std::string& fileURL, std::size_t most)
 {
     const FileContents contents = readFile(fileURL);
     std::vector<std::string> lines;
     if (contents.status != ReadStatus::ok || !Text::isValidUtf8(contents.bytes))
         return lines;
-    std::size_t begin = 0;
-    while (begin < contents.bytes.size()) {
-        const auto end = std::min(contents.bytes.find('\n', begin), contents.bytes.size());
-        if (end > begin)
-            lines.push_back(contents.bytes.substr(begin, end - begin));
-        begin = end + 1;
+    std::string_view rest = contents.bytes;
+    while (!rest.empty() && lines.size() < most) {
+        const auto feed = rest.rfind('\n');
+        const std::size_t begin = feed == std::string_view::npos ? 0 : feed + 1;
+        if (begin < rest.size())
+            lines.emplace_back(rest.substr(begin));
+        rest = rest.substr(0, feed == std::string_view::npos ? 0 : feed);
     }
+    std::reverse(lines.begin(), lines.end());
     return lines;
 }
 
@@ -66,7 +70,8 @@ void RateLimitLog::record(const RateLimitEntry& entry)
     if (!line)
         return;
     std::string bytes;
-    for (const std::string& kept : trimmed(readLines(m_fileURL), *std::move(line), maxEntries))
+    for (const std::string& kept :
+         trimmed(readLines(m_fileURL, maxEntries), *std::move(line), maxEntries))
         bytes.append(kept).append("\n");
     m_files.write(bytes, m_fileURL);
 }
@@ -79,11 +84,7 @@ std::vector<std::string> RateLimitLog::recent(int n) const
 std::vector<std::string> RateLimitLog::recentIn(const std::string& fileURL, int n)
 {
     assert(n >= 0);
-    auto lines = readLines(fileURL);
-    const auto wanted = static_cast<std::size_t>(n);
-    if (lines.size() > wanted)
-        lines.erase(lines.begin(), lines.end() - n);
-    return lines;
+    return readLines(fileURL, static_cast<std::size_t>(n));
 }
 
 std::vector<std::string> RateLimitLog::trimmed(std::vector<std::string> existing,

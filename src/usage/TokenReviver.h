@@ -13,7 +13,8 @@ namespace vellumor {
 
 // Lets Claude Code renew an expired token: runs it once, headless, in the account's config
 // directory. What it prints is thrown away; what counts is the credential that it writes. Main
-// thread only; any number of accounts may be revived at a time, one account at most once an hour.
+// thread only; any number of accounts may be revived at a time, one account at most once in
+// minInterval unless by force.
 class TokenReviver {
 public:
     enum class Attempt {

@@ -79,9 +79,9 @@ Task<FetchOutcome> UsagePipeline::fetch(FetchRequest request)
 Task<UsagePipeline::Known> UsagePipeline::gather(std::string configDir, Instant now)
 {
     Known known;
-    const auto shared = co_await m_others.readShared(configDir);
+    auto shared = co_await m_others.readShared(configDir);
     if (shared)
-        known.sharedUsage = shared->usage();
+        known.sharedUsage = std::move(shared->usage);
     known.activeBackoff = activeBackoff(configDir, shared, now);
     known.isOnline = m_others.isOnline();
     known.isLocalOnly = m_others.localCacheOnly();
@@ -245,7 +245,7 @@ Task<> UsagePipeline::commitSuccess(Usage usage, std::string configDir, Instant 
 
 // The later of what the shared cache and memory say; a moment that has passed counts for nothing.
 std::optional<Instant> UsagePipeline::activeBackoff(const std::string& configDir,
-                                                    const std::optional<UsageCacheFile>& shared,
+                                                    const std::optional<SharedReading>& shared,
                                                     Instant now) const
 {
     std::optional<Instant> latest = shared ? shared->backoffUntil : std::nullopt;

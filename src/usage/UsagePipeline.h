@@ -65,7 +65,7 @@ private:
     [[nodiscard]] Task<> commitSuccess(Usage usage, std::string configDir, Instant now);
 
     [[nodiscard]] std::optional<Instant> activeBackoff(const std::string& configDir,
-                                                       const std::optional<UsageCacheFile>& shared,
+                                                       const std::optional<SharedReading>& shared,
                                                        Instant now) const;
     [[nodiscard]] std::optional<Call> noteCall(const std::string& configDir);
 

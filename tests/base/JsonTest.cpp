@@ -105,6 +105,21 @@ TEST(Json, bracesInStringsAreNoLevels)
     EXPECT_FALSE(isNestedWithin("[[],[[]]]", 2));
 }
 
+// A tree of many small values takes dozens of times the memory of their bytes.
+TEST(Json, aMillionValuesAreReadAndMoreAreNot)
+{
+    const auto list = [](std::size_t commas) {
+        std::string text = "[0";
+        for (std::size_t i = 0; i < commas; ++i)
+            text += ",0";
+        return text + "]";
+    };
+    EXPECT_TRUE(parseJson(list(maxJsonValues - 1)));
+    EXPECT_FALSE(parseJson(list(maxJsonValues)));
+    EXPECT_TRUE(hasAtMostValues("[{},1]", 3));
+    EXPECT_FALSE(hasAtMostValues("[{},1]", 2));
+}
+
 TEST(Json, megabytesOfOpenBracketsAreRefusedWithoutParsing)
 {
     EXPECT_FALSE(parseJson(std::string(8U * 1024 * 1024, '[')));

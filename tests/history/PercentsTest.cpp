@@ -116,6 +116,46 @@ TEST(Percents, manyEntriesInTheWorstOrderAreTakenInAtOnce)
     EXPECT_EQ(*percents.find("800000"), 199'999.0);
 }
 
+TEST(Percents, aCopyAndItsOriginalChangeApart)
+{
+    const Percents few = {{"b", 2}, {"d", 4}};
+    const Percents many = {{"b", 2}, {"d", 4}, {"e", 5}, {"f", 6}, {"g", 7}, {"h", 8}};
+    for (const Percents& percents : {few, many}) {
+        for (const char* kind : {"a", "b", "c", "d", "z"}) {
+            SCOPED_TRACE(kind);
+            const Percents original = percents;
+            Percents copy = original;
+            EXPECT_EQ(copy, percents);
+            copy.set(kind, 99);
+            EXPECT_EQ(*copy.find(kind), 99.0);
+            EXPECT_NE(copy, original);
+            EXPECT_EQ(original, percents);
+            Percents second = copy;
+            second.set("y", 1);
+            EXPECT_EQ(copy.find("y"), nullptr);
+            EXPECT_EQ(kindsIn(original), kindsIn(percents));
+        }
+    }
+}
+
+TEST(Percents, ofTwoEntriesOfOneKindTheLaterCounts)
+{
+    const Percents percents(
+        std::vector<std::pair<std::string_view, double>>{{"b", 1}, {"a", 2}, {"b", 3}, {"a", 4}});
+    EXPECT_EQ(percents, (Percents{{"a", 4}, {"b", 3}}));
+}
+
+TEST(Percents, aKindHasAnIndexUnderWhichItsPercentIsSet)
+{
+    Percents percents = {{"f", 6}, {"e", 5}, {"d", 4}, {"c", 3}, {"b", 2}, {"a", 1}};
+    for (std::size_t i = 0; i < percents.size(); ++i) {
+        EXPECT_EQ(percents.kindAt(i), std::string(1, static_cast<char>('a' + i)));
+        percents.setAt(i, -static_cast<double>(i));
+    }
+    EXPECT_EQ(percents,
+              (Percents{{"a", 0}, {"b", -1}, {"c", -2}, {"d", -3}, {"e", -4}, {"f", -5}}));
+}
+
 TEST(Percents, equalAreThoseOfTheSameKindsAndPercents)
 {
     const Percents percents = {{"a", 1}, {"b", 2}};
@@ -123,6 +163,8 @@ TEST(Percents, equalAreThoseOfTheSameKindsAndPercents)
     EXPECT_NE(percents, (Percents{{"a", 1}}));
     EXPECT_NE(percents, (Percents{{"a", 1}, {"b", 2.5}}));
     EXPECT_NE(percents, (Percents{{"a", 1}, {"c", 2}}));
+    EXPECT_NE(percents, Percents());
+    EXPECT_EQ(Percents(), Percents(std::vector<std::pair<std::string_view, double>>()));
 }
 
 } // namespace vellumor

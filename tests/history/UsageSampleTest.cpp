@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -203,11 +204,38 @@ TEST(UsageSample, manySamplesAreWrittenAsInATree)
     expectTheTextOfATree(samples);
 }
 
+TEST(UsageSample, percentsToTheHundredthAreWrittenAsInATree)
+{
+    for (int hundredths = -500; hundredths <= 20'000; ++hundredths) {
+        const UsageSamples samples = {{at, {{"a", hundredths / 100.0}}}};
+        ASSERT_EQ(encodeSamples(samples), writtenAsTree(samples));
+    }
+}
+
+// Where sixteen digits and more are needed, the libraries need not agree upon the last one.
+TEST(UsageSample, percentsOfEverySizeReadBackFromNoMoreDigitsThanInATree)
+{
+    std::mt19937_64 random(17); // NOLINT: the same numbers in every run
+    std::uniform_real_distribution<double> fraction(-1, 1);
+    for (int exponent = -8; exponent < 18; ++exponent) {
+        for (int i = 0; i < 500; ++i) {
+            const UsageSamples samples = {{at, {{"a", fraction(random) * std::pow(10, exponent)}}}};
+            const auto text = encodeSamples(samples);
+            ASSERT_TRUE(text);
+            ASSERT_LE(text->size(), writtenAsTree(samples)->size()) << *text;
+            ASSERT_EQ(parseJson(*text), parseJson(*writtenAsTree(samples)));
+            ASSERT_EQ(decodeSamples(*text), samples) << *text;
+        }
+    }
+    for (const double edge : {1e-4, 1e15, 0.1, 100.0})
+        expectTheTextOfATree({{at, {{"a", std::nextafter(edge, 0)}, {"b", edge}}}});
+}
+
 TEST(UsageSample, aPercentThatIsNoFiniteNumberGivesNothing)
 {
     for (const double number : {limits::quiet_NaN(), limits::infinity(), -limits::infinity()}) {
         EXPECT_EQ(encodeSamples({{at, {{"a", number}}}}), std::nullopt);
-        EXPECT_EQ(encodeSamples({{at, {{"a", 1}, {"b", number}, {"c", 1}}}, {at, {{"a", 1}}}}),
+        EXPECT_EQ(encodeSamples({{at, {{"a", 1}, {"b", number}, {"c", 0}}}, {at, {{"a", 1}}}}),
                   std::nullopt);
     }
 }
@@ -277,6 +305,59 @@ TEST(UsageSample, theKindsOfAFileNeedNotBeSortedAndTheLastOfOneKindCounts)
               (UsageSamples{{at, {{"b", 2}}}}));
     EXPECT_EQ(decodeSamples(R"([{"at":"2026-03-01T09:30:00.125Z","percents":{},"at":5}])"),
               std::nullopt);
+}
+
+TEST(UsageSample, neighboursMayHaveTheSameKindsOrOthers)
+{
+    const char* const texts[] = {
+        R"({})",
+        R"({"a":1,"b":2,"c":3})",
+        R"({"a":4,"b":5,"c":6})",
+        R"({"a":7,"c":8,"b":9})",
+        R"({"a":7,"b":8,"d":9})",
+        R"({"a":7,"b":8,"b":9})",
+        R"({"a":1,"b":2,"c":3,"d":4,"e":5,"f":6})",
+        R"({"a":6,"b":5,"c":4,"d":3,"e":2,"f":1})",
+        R"({"a":6,"b":5,"c":4,"d":3,"e":2,"F":1})",
+    };
+    const Percents percents[] = {
+        {},
+        {{"a", 1}, {"b", 2}, {"c", 3}},
+        {{"a", 4}, {"b", 5}, {"c", 6}},
+        {{"a", 7}, {"b", 9}, {"c", 8}},
+        {{"a", 7}, {"b", 8}, {"d", 9}},
+        {{"a", 7}, {"b", 9}},
+        {{"a", 1}, {"b", 2}, {"c", 3}, {"d", 4}, {"e", 5}, {"f", 6}},
+        {{"a", 6}, {"b", 5}, {"c", 4}, {"d", 3}, {"e", 2}, {"f", 1}},
+        {{"F", 1}, {"a", 6}, {"b", 5}, {"c", 4}, {"d", 3}, {"e", 2}},
+    };
+    for (std::size_t first = 0; first < std::size(texts); ++first) {
+        for (std::size_t second = 0; second < std::size(texts); ++second) {
+            SCOPED_TRACE(std::string(texts[first]) + texts[second]);
+            const std::string one = R"({"at":"2026-03-01T09:30:00.125Z","percents":)";
+            const auto samples = decodeSamples("[" + one + texts[first] + "}," + one +
+                                               texts[second] + "}," + one + texts[first] + "}]");
+            EXPECT_EQ(samples,
+                      (UsageSamples{
+                          {at, percents[first]}, {at, percents[second]}, {at, percents[first]}}));
+        }
+    }
+    EXPECT_EQ(decodedPercents(
+                  R"({"a":1,"b":2}},{"at":"2026-03-01T09:30:00Z","percents":{"a":1,"b":"2"})"),
+              std::nullopt);
+}
+
+// A tree of tiny values would take far more memory than their text.
+TEST(UsageSample, aFileOfTooManyValuesIsNothing)
+{
+    constexpr std::ptrdiff_t most = 4'000'000;
+    const auto isSeparator = [](char c) { return c == ',' || c == '[' || c == '{'; };
+    const std::string few = test::withKey(valid, "[1]");
+    std::string values = "[1";
+    for (auto left = most - std::count_if(few.begin(), few.end(), isSeparator); left > 0; --left)
+        values += ",1";
+    EXPECT_EQ(decodeSamples(test::withKey(valid, values + "]")), twoSamples);
+    EXPECT_EQ(decodeSamples(test::withKey(valid, values + ",1]")), std::nullopt);
 }
 
 TEST(UsageSample, unknownKeysArePassedOver)

@@ -80,8 +80,8 @@ struct RealWorld {
         {{{"HOME", home.path()}, {"PATH", "/usr/bin:/bin"}}, home.path(), "/bin/bash"}};
     TokenReviver reviver;
     UsageStores stores{storeWorker, files, folders};
-    LiveCollaborators others{{stores, storeWorker, credentialWorker, client, reviver, network,
-                              readCredentials, [] { return false; }, [] { return true; }}};
+    LiveCollaborators others{{stores, credentialWorker, client, reviver, network, readCredentials,
+                              [] { return false; }, [] { return true; }}};
     std::unique_ptr<UsagePipeline> pipeline = std::make_unique<UsagePipeline>(others, clock);
 
     RealWorld()
@@ -171,13 +171,16 @@ TEST_F(PipelineTest, aReadingFromTheEndpointReachesEveryStore)
 TEST_F(PipelineTest, aFetchServedByTheSharedCacheWritesNothingAndReadsEachFileAtMostOnce)
 {
     fetch();
+    const std::string vscode =
+        home.put(".claude-work/vscode-claude-status-cache.json",
+                 R"({"updatedAt": "2026-01-01T00:00:00Z", "usageData": {}})");
     test::FileEvents events({folders.quorle() + "/usage-cache", folders.vellumor(),
                              folders.vellumor() + "/history", dir});
     EXPECT_EQ(fetch().source, UsageSource::sharedCache);
     EXPECT_EQ(server.requests().size(), 1U);
     const auto seen = events.take();
     EXPECT_EQ(seen.changes, std::vector<std::string>());
-    EXPECT_EQ(seen.opens, std::vector<std::string>{sharedFile()});
+    EXPECT_EQ(seen.opens, (std::vector<std::string>{sharedFile(), vscode}));
 }
 
 TEST_F(PipelineTest, aForeignProgramsReadingIsServedWithoutACall)

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 namespace vellumor {
 namespace {
@@ -215,14 +216,45 @@ TEST_P(RevivalTest, aProgramThatHasGoneSinceItWasFoundHasFailed)
     EXPECT_EQ(reviveNow(), Attempt::failed);
 }
 
-TEST_P(RevivalTest, withoutAWorkFolderNothingRuns)
+TEST_P(RevivalTest, aWorkFolderThatHasGoneIsMadeAnew)
 {
     std::filesystem::remove(home + "/revive");
     Revival revival(live, environment, home);
     EXPECT_EQ(
         QCoro::waitFor(revival.headless.spawnUsage(standIn, home + "/.claude", home + "/revive")),
+        0);
+    EXPECT_TRUE(std::filesystem::is_directory(home + "/revive"));
+    EXPECT_EQ(test::modeOf(home + "/revive"), 0700U);
+}
+
+TEST_P(RevivalTest, withoutAWorkFolderNothingRuns)
+{
+    std::filesystem::remove(home + "/revive");
+    std::ofstream(home + "/revive") << "in its place";
+    Revival revival(live, environment, home);
+    EXPECT_EQ(
+        QCoro::waitFor(revival.headless.spawnUsage(standIn, home + "/.claude", home + "/revive")),
         ProcessResult::notLaunched);
     EXPECT_EQ(contentsOf(home + "/arguments"), "");
+}
+
+// Whatever is in the program's path, it reaches the shell as that one path.
+TEST_P(RevivalTest, aProgramOfAnyNameIsRunAsThatOnePath)
+{
+    Revival revival(live, environment, home);
+    for (const std::string name : {"with blank", "it's", "a\nline", "-leading", "$HOME", "`id`",
+                                   "\"q\"", "caf\u00E9", "semi;colon"}) {
+        SCOPED_TRACE(name);
+        const std::string programs = home + "/programs/" + name;
+        std::filesystem::create_directories(programs);
+        const std::string program = programs + "/claude " + name;
+        std::filesystem::copy_file(standIn, program);
+        EXPECT_EQ(QCoro::waitFor(
+                      revival.headless.spawnUsage(program, home + "/.claude", home + "/revive")),
+                  0);
+        EXPECT_NE(contentsOf(home + "/arguments"), "");
+        std::filesystem::remove(home + "/arguments");
+    }
 }
 
 TEST_P(RevivalTest, theProgramIsGivenTheCommandAndNothingThatIsMeantForVellumor)

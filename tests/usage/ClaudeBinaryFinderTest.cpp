@@ -114,6 +114,17 @@ TEST_F(ClaudeBinaryFinderTest, theFirstCandidateThatCanBeRunIsFound)
     EXPECT_EQ(find(preference), ofThisMachine());
 }
 
+TEST_F(ClaudeBinaryFinderTest, aHomeThatIsDecomposedOnDiskIsSearchedUnderItsComposedName)
+{
+    const std::string program = putExecutable("jose\u0301/.nvm/versions/node/v22/bin/claude");
+    ClaudeBinaryFinder searching(
+        processes, worker, persisted,
+        {environment, home.file("jos\u00E9"), "/bin/zsh", home.file("jos\u00E9")});
+    const Path found = QCoro::waitFor(searching.find(std::nullopt));
+    EXPECT_EQ(found, ofThisMachine() ? ofThisMachine() : program);
+    EXPECT_EQ(processes.requests.back().workingDirectory, home.file("jose\u0301"));
+}
+
 TEST_F(ClaudeBinaryFinderTest, anOverrideThatCannotBeRunLetsTheSearchGoOn)
 {
     environment["VELLUMOR_CLAUDE_PATH"] = home.put("plain", "#!/bin/sh\n");

@@ -193,6 +193,7 @@ TEST_F(ClaudeBinaryOnDiskTest, nothingElseIsExecutable)
         "alias claude='" + program + "'",
         " " + program,
         program + "\n" + program,
+        program + std::string("\0x", 2), // the system would see its beginning
         "~/claude",
         "",
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Format.h"
 #include "support/FakeClock.h"
 #include "usage/PipelineCollaborators.h"
 
@@ -45,7 +46,7 @@ public:
     bool online = true;
     bool localOnly = false;
     bool revivalEnabled = true;
-    std::map<std::string, UsageCacheFile> shared; // by config directory
+    std::map<std::string, SharedReading> shared; // by config directory
     std::map<std::string, Usage> snapshots;
     std::optional<VscodeStatusCache::Snapshot> vscode;
     std::deque<FetchResult> results; // one a call; the last one serves all further calls
@@ -53,7 +54,10 @@ public:
     TokenReviver::Attempt attempt = TokenReviver::Attempt::completed;
     std::optional<Instant> expiryAfterRevival;
 
+    Gate* writeGate = nullptr; // holds writeShared back
+
     std::vector<std::string> calls;
+    std::vector<std::string> details; // of what is written or run: what about, and when
     std::vector<Instant> backoffs;
     std::vector<RateLimitEntry> entries;
     mutable int onlineReads = 0;
@@ -71,19 +75,21 @@ public:
     }
     [[nodiscard]] bool tokenRevivalEnabled() const override { return revivalEnabled; }
 
-    Task<std::optional<UsageCacheFile>> readShared(std::string configDir) override
+    Task<std::optional<SharedReading>> readShared(std::string configDir) override
     {
         calls.emplace_back("readShared");
         const auto found = shared.find(configDir);
         co_return found == shared.end() ? std::nullopt : std::optional(found->second);
     }
-    Task<> writeShared(Usage, std::string) override
+    Task<> writeShared(Usage usage, std::string configDir) override
     {
         calls.emplace_back("writeShared");
-        co_return;
+        note("shared", configDir, usage.fetchedAt);
+        co_await Through{writeGate};
     }
-    Task<> setBackoff(Instant until, std::string) override
+    Task<> setBackoff(Instant until, std::string configDir) override
     {
+        note("backoff", configDir, until);
         calls.emplace_back("setBackoff");
         backoffs.push_back(until);
         co_return;
@@ -94,8 +100,9 @@ public:
         auto copy = snapshots;
         co_return copy;
     }
-    Task<> saveSnapshot(Usage, std::string) override
+    Task<> saveSnapshot(Usage usage, std::string configDir) override
     {
+        note("snapshot", configDir, usage.fetchedAt);
         calls.emplace_back("saveSnapshot");
         co_return;
     }
@@ -105,13 +112,15 @@ public:
         auto copy = vscode;
         co_return copy;
     }
-    Task<> appendHistory(Usage, std::string, Instant) override
+    Task<> appendHistory(Usage usage, std::string configDir, Instant now) override
     {
+        note("history of " + Format::isoFractional(usage.fetchedAt), configDir, now);
         calls.emplace_back("appendHistory");
         co_return;
     }
-    Task<> recordAnchors(Usage, std::string) override
+    Task<> recordAnchors(Usage usage, std::string configDir) override
     {
+        note("anchors", configDir, usage.fetchedAt);
         calls.emplace_back("recordAnchors");
         co_return;
     }
@@ -135,16 +144,24 @@ public:
         co_await Through{gate};
         co_return result;
     }
-    Task<TokenReviver::Attempt> revive(Account, Instant, bool force) override
+    Task<TokenReviver::Attempt> revive(Account account, Instant now, bool force) override
     {
+        note("revive", account.configDir, now);
         calls.emplace_back(force ? "revive by force" : "revive");
         co_return attempt;
     }
-    Task<std::optional<Instant>> credentialExpiry(Account) override
+    Task<std::optional<Instant>> credentialExpiry(Account account) override
     {
+        note("expiry", account.configDir, {});
         calls.emplace_back("credentialExpiry");
         auto copy = expiryAfterRevival;
         co_return copy;
+    }
+
+private:
+    void note(const std::string& what, const std::string& configDir, Instant at)
+    {
+        details.push_back(what + " " + configDir + " " + Format::isoFractional(at));
     }
 };
 

@@ -32,7 +32,7 @@ struct HeadlessUsageTest : testing::Test {
 
     int spawn(const std::string& configDir)
     {
-        return QCoro::waitFor(usage.spawnUsage("/opt/x/claude", configDir, "/data/revive"));
+        return QCoro::waitFor(usage.spawnUsage("/opt/x/claude", configDir, folder.file("revive")));
     }
 };
 
@@ -46,7 +46,8 @@ TEST_F(HeadlessUsageTest, asksTheLoginShellForTwoMinutesAtMostAndReadsNothing)
                                      "-ilc", "CLAUDE_CONFIG_DIR='/home/me/.claude-work' "
                                              "PATH='/opt/x':\"$PATH\" '/opt/x/claude' -p '/usage' "
                                              ">/dev/null 2>&1"}));
-    EXPECT_EQ(request.workingDirectory, "/data/revive");
+    EXPECT_EQ(request.workingDirectory, folder.file("revive"));
+    EXPECT_EQ(test::modeOf(folder.file("revive")), 0700U); // it was missing
     EXPECT_EQ(request.timeLimit, 120s);
     EXPECT_EQ(request.outputLimit, 0U);
 }

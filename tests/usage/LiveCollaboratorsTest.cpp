@@ -2,12 +2,14 @@
 
 #include "support/FakeClock.h"
 #include "support/TempFolder.h"
+#include "usage/UsagePipeline.h"
 
 #include <QCoroCore>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <coroutine>
+#include <set>
 
 namespace vellumor {
 namespace {
@@ -17,8 +19,29 @@ using test::TempFolder;
 
 const std::string dir = "/home/ada/.claude-work";
 
-struct NoTransport final : HttpTransport {
-    Task<HttpAnswer> get(HttpRequest) override { co_return HttpAnswer(); }
+// Answers nobody until as many ask as are to be refused.
+struct RefusingTransport final : HttpTransport {
+    std::size_t refused = 0;
+    std::vector<std::coroutine_handle<>> waiting;
+
+    struct Together {
+        RefusingTransport& transport;
+        [[nodiscard]] bool await_ready() const noexcept { return false; }
+        void await_suspend(std::coroutine_handle<> handle) const
+        {
+            transport.waiting.push_back(handle);
+            if (transport.waiting.size() < transport.refused)
+                return;
+            for (const auto each : std::exchange(transport.waiting, {}))
+                each.resume();
+        }
+        void await_resume() const noexcept {}
+    };
+    Task<HttpAnswer> get(HttpRequest) override
+    {
+        co_await Together{*this};
+        co_return HttpAnswer{HttpAnswer::Kind::answered, 429, "", {}, ""};
+    }
 };
 
 struct ScriptedPaths final : PathMonitor {
@@ -32,7 +55,8 @@ struct LiveCollaboratorsTest : testing::Test {
     FakeClock clock;
     FileStore files;
     Worker worker;
-    NoTransport transport;
+    RefusingTransport transport;
+    std::string credentialFor; // a token, for any number of readers; empty for none
     ScriptedPaths paths;
     NetworkMonitor network{paths};
     bool isLocalOnly = false;
@@ -42,12 +66,16 @@ struct LiveCollaboratorsTest : testing::Test {
     UsageClient::ReadCredentials read =
         [this](const std::string& service) -> std::variant<ClaudeCredentials, KeychainError> {
         servicesRead.push_back(service);
-        return std::move(credential);
+        if (credentialFor.empty())
+            return std::move(credential);
+        ClaudeCredentials found;
+        found.accessToken = Token(SecretBytes(credentialFor));
+        return found;
     };
     UsageClient client{transport, worker, clock, read, "http://127.0.0.1:1/"};
     TokenReviver reviver;
     UsageStores stores{worker, files, folders};
-    LiveCollaborators live{{stores, worker, worker, client, reviver, network, read,
+    LiveCollaborators live{{stores, worker, client, reviver, network, read,
                             [this] { return isLocalOnly; }, [this] { return isRevivalEnabled; }}};
 
     [[nodiscard]] Usage reading() const
@@ -83,13 +111,16 @@ TEST_F(LiveCollaboratorsTest, settingsAndNetworkAreReadAsTheyStand)
 
 TEST_F(LiveCollaboratorsTest, whatOneCallWritesTheOthersRead)
 {
-    EXPECT_EQ(QCoro::waitFor(live.readShared(dir)), std::nullopt);
+    EXPECT_FALSE(QCoro::waitFor(live.readShared(dir)));
     EXPECT_TRUE(QCoro::waitFor(live.loadSnapshots()).empty());
     QCoro::waitFor(live.writeShared(reading(), dir));
     QCoro::waitFor(live.saveSnapshot(reading(), dir));
     const Instant until = clock.now() + std::chrono::seconds(300);
     QCoro::waitFor(live.setBackoff(until, dir));
-    EXPECT_EQ(QCoro::waitFor(live.readShared(dir)), UsageCacheFile::of(reading(), until));
+    const auto shared = QCoro::waitFor(live.readShared(dir));
+    ASSERT_TRUE(shared);
+    EXPECT_EQ(shared->usage, reading());
+    EXPECT_EQ(shared->backoffUntil, until);
     EXPECT_EQ(QCoro::waitFor(live.loadSnapshots()),
               (std::map<std::string, Usage>{{dir, reading()}}));
 }
@@ -127,6 +158,33 @@ TEST_F(LiveCollaboratorsTest, theEndOfACredentialIsThatOfTheServiceAsItStandsNow
     credential = std::move(dated);
     EXPECT_EQ(expiry("Claude Code-credentials"), test::instant("2026-03-29T01:00:00.125Z"));
     EXPECT_EQ(servicesRead.size(), 3U);
+}
+
+// Real stores on a real worker, and three calls of which none has been answered yet.
+TEST_F(LiveCollaboratorsTest, refusalsOfFetchesInFlightDoubleTheWaitExactlyOnceEach)
+{
+    UsagePipeline pipeline(live, clock);
+    const auto begin = [&](const std::string& configDir) {
+        FetchRequest request;
+        request.account.configDir = configDir;
+        request.account.resolvedService = "Claude Code-credentials";
+        request.account.tokenStatus = TokenStatus::readable;
+        request.now = clock.now();
+        request.effectiveInterval = 300;
+        return pipeline.fetch(std::move(request));
+    };
+    transport.refused = 3;
+    credentialFor = "example-token";
+    auto first = begin(dir);
+    auto second = begin(dir);
+    auto third = begin("/home/ada/.claude-other");
+    std::multiset<double> waits;
+    for (auto* task : {&first, &second, &third}) {
+        const FetchOutcome outcome = QCoro::waitFor(*task);
+        waits.insert(secondsBetween(clock.now(), outcome.backoffUntil.value()));
+    }
+    EXPECT_EQ(waits, (std::multiset<double>{300, 300, 600}));
+    EXPECT_EQ(RateLimitLog::recentIn(folders.vellumor() + "/429-log.jsonl", 5).size(), 3U);
 }
 
 } // namespace

@@ -166,8 +166,8 @@ public:
         if (row.backoff == Backoff::memory)
             beRefused();
         if (row.shared != Shared::none)
-            others.shared[dir] = UsageCacheFile::of(
-                test::reading(sharedPercent, sharedTime(row.shared)), backoffInFile());
+            others.shared[dir] = {test::reading(sharedPercent, sharedTime(row.shared)),
+                                  backoffInFile()};
         if (row.snapshot)
             others.snapshots[dir] = test::reading(snapshotPercent, now - seconds(1200));
         if (row.vscode != Vscode::none)

@@ -44,7 +44,7 @@ struct UsagePipelineTest : testing::Test {
     FetchOutcome fetch() { return fetch(request()); }
     void share(Instant at, std::optional<Instant> backoffUntil = std::nullopt)
     {
-        others.shared[work] = UsageCacheFile::of(test::reading(10, at), backoffUntil);
+        others.shared[work] = {test::reading(10, at), backoffUntil};
     }
     // How long the refusal of now makes the account wait.
     double waitAfterRefusal()
@@ -352,6 +352,45 @@ TEST_F(UsagePipelineTest, refusalsOfFetchesInFlightDoubleTheWaitExactlyOnceEach)
     EXPECT_EQ(QCoro::waitFor(std::move(third)).backoffUntil, now + seconds(300));
     EXPECT_EQ(others.backoffs,
               (std::vector<Instant>{now + seconds(300), now + seconds(300), now + seconds(600)}));
+}
+
+TEST_F(UsagePipelineTest, theCoverageThatIsAskedForDecidesWhatIsFresh)
+{
+    share(now - seconds(100));
+    others.results = {test::reading(40, now)};
+    auto asked = request();
+    asked.coverageWindow = 600;
+    EXPECT_EQ(fetch(asked).source, UsageSource::sharedCache);
+    asked.coverageWindow = 30;
+    EXPECT_EQ(fetch(asked).source, UsageSource::endpoint);
+}
+
+// The moment at which the fetch began counts, however long it has taken by then.
+TEST_F(UsagePipelineTest, everythingIsWrittenForTheAccountAndTheMomentOfTheFetch)
+{
+    others.results = {test::failure(Kind::unauthorized), test::reading(40, now + seconds(2))};
+    auto asked = request();
+    clock.advance(seconds(5));
+    fetch(asked);
+    const std::string began = " " + work + " 2026-03-29T12:00:00.000Z";
+    const std::string read = " " + work + " 2026-03-29T12:00:02.000Z";
+    EXPECT_EQ(
+        others.details,
+        (std::vector<std::string>{
+            "revive" + began, "expiry " + work + " 1970-01-01T00:00:00.000Z", "shared" + read,
+            "snapshot" + read, "history of 2026-03-29T12:00:02.000Z" + began, "anchors" + read}));
+}
+
+TEST_F(UsagePipelineTest, anAnswerEndsTheWaitBeforeAnythingIsWritten)
+{
+    EXPECT_EQ(waitAfterRefusal(), 300);
+    Gate gate;
+    others.writeGate = &gate;
+    others.results = {test::reading(40, now), test::failure(Kind::rateLimited)};
+    auto writing = pipeline.fetch(request());
+    EXPECT_EQ(fetch().backoffUntil, clock.now() + seconds(300)); // and not 600
+    gate.open();
+    EXPECT_EQ(QCoro::waitFor(std::move(writing)).error, std::nullopt);
 }
 
 TEST_F(UsagePipelineTest, theStartOfARevivalIsToldJustBeforeItAndOnlyThen)

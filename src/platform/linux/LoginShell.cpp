@@ -49,7 +49,7 @@ std::string firstUsable(const std::vector<std::string>& shells)
         if (isUsable(shell))
             return shell;
     }
-    for (const std::string shell : {"/bin/zsh", "/bin/bash"}) {
+    for (const char* const shell : {"/bin/zsh", "/bin/bash"}) {
         if (isUsable(shell))
             return shell;
     }

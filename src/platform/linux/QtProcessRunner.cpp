@@ -17,6 +17,7 @@ namespace vellumor {
 namespace {
 
 constexpr std::chrono::milliseconds graceBeforeKill{2000};
+constexpr std::chrono::milliseconds groupCheck{50}; // between two looks at a group that is ending
 
 // Texts as the system takes them: their bytes, which need be no Unicode, and a null pointer behind
 // the last.
@@ -111,6 +112,8 @@ private:
         const auto size = static_cast<std::size_t>(bytes.size());
         m_result.isOutputCut = m_result.isOutputCut || size > room;
         m_result.output.append(bytes.constData(), std::min(size, room));
+        if (m_result.isOutputCut) // nobody reads a flood to its end
+            m_process.closeReadChannel(QProcess::StandardOutput);
     }
 
     void endGroup()
@@ -135,13 +138,33 @@ private:
         if (m_hasEnded)
             return;
         m_hasEnded = true;
+        // What was written before the end has come by now; whoever still holds the other end of
+        // the pipe is not waited for.
+        if (m_request.outputLimit > 0)
+            keepOutput();
         m_result.status = status;
-        // Others of the group may have been told to end, and have their two seconds for it.
-        const bool othersAreEnding = m_group > 0 && !m_isKilled && ::kill(-m_group, 0) == 0;
+        if (m_group > 0 && !m_isKilled) {
+            m_graceLeft = graceBeforeKill;
+            waitForGroup();
+            return;
+        }
         // Not from within the process's own signal: what waits may release it.
-        if (!othersAreEnding)
+        m_watchdog = m_clock.after(std::chrono::milliseconds(0), [this] { m_waiting.resume(); });
+    }
+
+    // The group was told to end, and its leader has. The others have their two seconds; no signal
+    // goes to a group that is empty, whose number may be somebody else's soon.
+    void waitForGroup()
+    {
+        if (::kill(-m_group, 0) != 0) {
             m_watchdog =
                 m_clock.after(std::chrono::milliseconds(0), [this] { m_waiting.resume(); });
+        } else if (m_graceLeft.count() <= 0) {
+            m_watchdog = m_clock.after(std::chrono::milliseconds(0), [this] { killGroup(); });
+        } else {
+            m_graceLeft -= groupCheck;
+            m_watchdog = m_clock.after(groupCheck, [this] { waitForGroup(); });
+        }
     }
 
     Clock& m_clock;
@@ -153,6 +176,7 @@ private:
     std::coroutine_handle<> m_waiting;
     ProcessResult m_result;
     pid_t m_group = 0; // set once the group was told to end
+    std::chrono::milliseconds m_graceLeft{};
     bool m_isKilled = false;
     bool m_hasEnded = false;
 };

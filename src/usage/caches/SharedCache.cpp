@@ -36,11 +36,14 @@ FileStore::UpdateOutcome SharedCache::setBackoff(std::optional<Instant> until,
         return FileStore::UpdateOutcome::noChange;
     FileStore::Update update;
     update.currentSchemaVersion = schemaVersion;
-    return m_files.updateJSONObject(path, update, [&](const Json& present) {
+    const auto change = [&](const Json& present) -> std::optional<Json> {
+        if (!DiskPath::exists(path)) // another program has just removed it
+            return std::nullopt;
         Json changed = present;
         changed["backoffUntil"] = until ? Json(Format::isoFractional(*until)) : Json();
         return changed;
-    });
+    };
+    return m_files.updateJSONObject(path, update, change);
 }
 
 void SharedCache::prune(const std::vector<std::string>& keptConfigDirs)

@@ -228,6 +228,15 @@ TEST_F(SharedCacheTest, aWriterThatComesBetweenKeepsItsKeysAndTheBackoffIsSetAga
     EXPECT_EQ(calls.created().size(), 2U);
 }
 
+TEST_F(SharedCacheTest, aFileThatIsRemovedInBetweenIsNotMadeAgain)
+{
+    put(foreign);
+    test::FailingFileCalls calls;
+    calls.onCreated([&](const std::string&) { std::filesystem::remove(path); });
+    EXPECT_EQ(SharedCache(FileStore(calls), dir).setBackoff(until, "/a"), Outcome::noChange);
+    EXPECT_EQ(test::namesIn(dir), Names());
+}
+
 TEST_F(SharedCacheTest, afterThreeLostRacesTheBackoffIsWrittenOverTheLatest)
 {
     put(foreign);

@@ -42,7 +42,7 @@ int leave(int argc, char** argv)
         else
             alarm = clock.after(std::chrono::milliseconds(5), quitWhenItRuns);
     };
-    quitWhenItRuns();
+    alarm = clock.after(std::chrono::milliseconds(0), quitWhenItRuns); // once the loop turns
     return QCoreApplication::exec();
 }
 

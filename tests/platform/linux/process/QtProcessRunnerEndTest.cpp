@@ -183,9 +183,10 @@ TEST_F(QtProcessRunnerEndTest, aDaemonOutlivesTheTimeLimitAndIsNotWaitedFor)
 
 TEST_F(QtProcessRunnerEndTest, aDaemonThatFloodsTheOutputDoesNotHoldUpTheResult)
 {
-    start("setsid sh -c 'echo $$ >>pids; exec yes' & until [ -s pids ]; do :; done; exit 4", 1);
+    start("setsid yes & until [ \"$(cat /proc/$!/comm)\" = yes ]; do :; done; "
+          "echo $! >>pids; exit 4",
+          1);
     expectStatus(4);
-    EXPECT_TRUE(result->output.starts_with("y\ny\n"));
     EXPECT_TRUE(turnLoopUntil([&] { return isGone(pids().front()); })) << "nobody reads it";
 }
 
