@@ -148,6 +148,12 @@ void AccountStore::reorder(const std::vector<std::string>& orderedIds)
     persist();
 }
 
+bool AccountStore::isRemoved(const std::string& configDir) const
+{
+    const auto found = m_records.find(ConfigDir::canonical(configDir, m_home));
+    return found != m_records.end() && found->second.isRemoved();
+}
+
 std::vector<RemovedAccount> AccountStore::removedAccounts(const NameOrder& byName) const
 {
     std::vector<RemovedAccount> removed;

@@ -59,6 +59,8 @@ public:
     {
         return vellumor::knownDirs(m_records);
     }
+    // Whether the directory, as the user typed it, belongs to a hidden account.
+    [[nodiscard]] bool isRemoved(const std::string& configDir) const;
     [[nodiscard]] std::vector<RemovedAccount> removedAccounts(const NameOrder& byName) const;
 
 private:

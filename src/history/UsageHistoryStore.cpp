@@ -42,6 +42,17 @@ UsageSamples UsageHistoryStore::load(const std::string& configDir) const
     return loadFrom(m_dir, configDir);
 }
 
+UsageHistoryStore::Loaded
+UsageHistoryStore::loadUnless(const std::optional<FileStore::Fingerprint>& known,
+                              const std::string& configDir) const
+{
+    // Before the reading, so that a write in between is not missed the next time.
+    const auto file = m_files.fingerprint(AccountFiles::path(m_dir, configDir));
+    if (known == file)
+        return {file, std::nullopt};
+    return {file, load(configDir)};
+}
+
 void UsageHistoryStore::prune(const std::vector<std::string>& keptConfigDirs)
 {
     AccountFiles::prune(m_dir, keptConfigDirs);

@@ -3,6 +3,7 @@
 #include "history/UsageSample.h"
 #include "store/FileStore.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,13 @@ public:
     void append(const Usage& usage, const std::string& configDir, Instant now);
     // The file as it stands, not trimmed.
     [[nodiscard]] UsageSamples load(const std::string& configDir) const;
+    // What a reader keeps: the file's state when it was read, and its samples.
+    struct Loaded {
+        FileStore::Fingerprint file;
+        std::optional<UsageSamples> samples; // nothing when the file is as the reader knows it
+    };
+    [[nodiscard]] Loaded loadUnless(const std::optional<FileStore::Fingerprint>& known,
+                                    const std::string& configDir) const;
     // Forgets every other account.
     void prune(const std::vector<std::string>& keptConfigDirs);
 

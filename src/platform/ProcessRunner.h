@@ -29,10 +29,9 @@ struct ProcessResult {
 };
 
 // Runs child processes. Main thread only, which waits for nothing but the start itself; any number
-// may run at a time. Each is
-// a process group of its own: what it has started in its group ends with it when its time is over,
-// politely at first and two seconds later for certain. What outlives a child that ended in time
-// is not waited for, even where it holds the child's output open.
+// may run at a time. Each is a process group of its own: what it has started in its group ends with
+// it when its time is over, politely at first and two seconds later for certain. What outlives a
+// child that ended in time is not waited for, even where it holds the child's output open.
 class ProcessRunner {
 public:
     virtual ~ProcessRunner() = default;

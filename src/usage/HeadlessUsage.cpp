@@ -23,16 +23,17 @@ HeadlessUsage::HeadlessUsage(ProcessRunner& processes, Worker& worker, Setting s
 Task<int> HeadlessUsage::spawnUsage(std::string binary, std::string configDir, std::string workDir)
 {
     ProcessRequest request;
-    // Claude Code is to work in the directory that is there, not to make another one beside it.
-    auto prepare = [dir = configDir, workDir] {
-        FileStore().ensureDirectory(workDir);
-        return DiskPath::spelled(dir);
+    // Claude Code is to work in the directories that are there, not to make others beside them.
+    auto prepare = [configDir, workDir] {
+        const std::pair spelled(DiskPath::spelled(configDir), DiskPath::spelled(workDir));
+        FileStore().ensureDirectory(spelled.second);
+        return spelled;
     };
-    const std::string spelled = co_await m_worker.run(std::move(prepare));
+    const auto [config, work] = co_await m_worker.run(std::move(prepare));
     request.program = m_setting.loginShell;
-    request.arguments = {"-ilc", TokenReviver::usageCommand(binary, spelled, m_setting.home)};
+    request.arguments = {"-ilc", TokenReviver::usageCommand(binary, config, m_setting.home)};
     request.environment = childEnvironment(m_setting.environment);
-    request.workingDirectory = std::move(workDir);
+    request.workingDirectory = work;
     request.timeLimit = usageTimeLimit;
     const ProcessResult result = co_await m_processes.run(std::move(request));
     co_return result.status;

@@ -23,6 +23,7 @@ ORCHESTRATION = {
     "async": {"base"},
     "usage": {"base", "store", "platform", "async", "usage/model", "usage/caches", "accounts", "history"},
     "diagnostics": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history", "telemetry"},
+    "app/state": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history"},
 }
 EDGES = {
     "platform/linux": {"base", "store", "async", "platform", "usage"},

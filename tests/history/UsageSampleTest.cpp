@@ -235,7 +235,7 @@ TEST(UsageSample, aPercentThatIsNoFiniteNumberGivesNothing)
 {
     for (const double number : {limits::quiet_NaN(), limits::infinity(), -limits::infinity()}) {
         EXPECT_EQ(encodeSamples({{at, {{"a", number}}}}), std::nullopt);
-        EXPECT_EQ(encodeSamples({{at, {{"a", 1}, {"b", number}, {"c", 0}}}, {at, {{"a", 1}}}}),
+        EXPECT_EQ(encodeSamples({{at, {{"a", 1}, {"b", number}, {"c", 1e300}}}, {at, {{"a", 1}}}}),
                   std::nullopt);
     }
 }

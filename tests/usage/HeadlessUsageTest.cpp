@@ -84,6 +84,16 @@ TEST_F(HeadlessUsageTest, namesTheDirectoryAsItIsSpelledOnDisk)
                                                                         decomposed + "' PATH="));
 }
 
+TEST_F(HeadlessUsageTest, worksInTheFolderAsItIsSpelledOnDisk)
+{
+    const std::string decomposed = folder.makeFolder("jose\u0301");
+    QCoro::waitFor(usage.spawnUsage("/opt/x/claude", "/home/me/.claude",
+                                    folder.file("jos\u00E9/data/revive")));
+    EXPECT_EQ(processes.requests.front().workingDirectory, decomposed + "/data/revive");
+    EXPECT_EQ(test::modeOf(decomposed + "/data/revive"), 0700U);
+    EXPECT_EQ(test::namesIn(folder.path()), std::vector<std::string>{"jose\u0301"});
+}
+
 TEST_F(HeadlessUsageTest, severalMayRunAtATime)
 {
     processes.answerLate({1, "", false});

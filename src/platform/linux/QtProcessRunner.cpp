@@ -79,7 +79,7 @@ public:
         m_waiting = waiting;
         QObject::connect(&m_process, &QProcess::readyReadStandardOutput, [this] { keepOutput(); });
         QObject::connect(&m_process, &QProcess::finished, [this] {
-            keepOutput();
+            keepOutput(); // all that was written before the end has come by now
             end(m_process.exitCode());
         });
         QObject::connect(&m_process, &QProcess::errorOccurred,
@@ -112,7 +112,7 @@ private:
         const auto size = static_cast<std::size_t>(bytes.size());
         m_result.isOutputCut = m_result.isOutputCut || size > room;
         m_result.output.append(bytes.constData(), std::min(size, room));
-        if (m_result.isOutputCut) // nobody reads a flood to its end
+        if (m_result.isOutputCut) // the rest is read and dropped by Qt
             m_process.closeReadChannel(QProcess::StandardOutput);
     }
 
@@ -130,7 +130,7 @@ private:
         ::kill(-m_group, SIGKILL);
         m_isKilled = true;
         if (m_hasEnded)
-            m_waiting.resume();
+            waitForGroup();
     }
 
     void end(int status)
@@ -138,33 +138,22 @@ private:
         if (m_hasEnded)
             return;
         m_hasEnded = true;
-        // What was written before the end has come by now; whoever still holds the other end of
-        // the pipe is not waited for.
-        if (m_request.outputLimit > 0)
-            keepOutput();
         m_result.status = status;
-        if (m_group > 0 && !m_isKilled) {
-            m_graceLeft = graceBeforeKill;
-            waitForGroup();
-            return;
-        }
-        // Not from within the process's own signal: what waits may release it.
-        m_watchdog = m_clock.after(std::chrono::milliseconds(0), [this] { m_waiting.resume(); });
+        waitForGroup();
     }
 
-    // The group was told to end, and its leader has. The others have their two seconds; no signal
-    // goes to a group that is empty, whose number may be somebody else's soon.
+    // The leader has ended. Where the group was told to, the others have the rest of its two
+    // seconds; no signal goes to a group that is empty, whose number may be somebody else's soon.
     void waitForGroup()
     {
-        if (::kill(-m_group, 0) != 0) {
-            m_watchdog =
-                m_clock.after(std::chrono::milliseconds(0), [this] { m_waiting.resume(); });
-        } else if (m_graceLeft.count() <= 0) {
-            m_watchdog = m_clock.after(std::chrono::milliseconds(0), [this] { killGroup(); });
-        } else {
-            m_graceLeft -= groupCheck;
-            m_watchdog = m_clock.after(groupCheck, [this] { waitForGroup(); });
+        const bool othersAreEnding = m_group > 0 && !m_isKilled && ::kill(-m_group, 0) == 0;
+        if (othersAreEnding) {
+            m_next = m_clock.after(groupCheck, [this] { waitForGroup(); });
+            return;
         }
+        m_watchdog.reset();
+        // Not from within the process's own signal: what waits may release it.
+        m_next = m_clock.after(std::chrono::milliseconds(0), [this] { m_waiting.resume(); });
     }
 
     Clock& m_clock;
@@ -173,10 +162,10 @@ private:
     const TextArray m_environment;
     QProcess m_process;
     std::unique_ptr<Alarm> m_watchdog;
+    std::unique_ptr<Alarm> m_next; // once it has ended: a look at the group, or the resuming
     std::coroutine_handle<> m_waiting;
     ProcessResult m_result;
     pid_t m_group = 0; // set once the group was told to end
-    std::chrono::milliseconds m_graceLeft{};
     bool m_isKilled = false;
     bool m_hasEnded = false;
 };

@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
 namespace vellumor {
 namespace {
 
@@ -129,18 +132,22 @@ constexpr const char* leaderOfASlowOne =
     "echo x >ready; while :; do sleep 0.01; done) & "
     "until [ -e ready ]; do sleep 0.01; done; echo $! >>pids; echo $$ >>pids; wait";
 
-TEST_F(QtProcessRunnerEndTest, oneOfTheGroupThatIsStillEndingHasItsTwoSecondsThoughTheShellIsGone)
+TEST_F(QtProcessRunnerEndTest, oneOfTheGroupThatIsStillEndingIsWaitedForThoughTheShellIsGone)
 {
+    // Who loses its parent becomes a child of this process, which alone sees to it that it is gone.
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     start(leaderOfASlowOne, 2);
     const auto all = pids();
     clock.advance(limit);
-    ASSERT_TRUE(turnLoopUntil([&] { return isGone(all[1]) && has("told"); }));
+    ASSERT_TRUE(turnLoopUntil([&] { return ::kill(all[1], 0) != 0 && has("told"); }));
     clock.advance(1s);
     QCoreApplication::processEvents();
     EXPECT_FALSE(result);
     folder.put("go", "");
-    ASSERT_TRUE(turnLoopUntil([&] { return has("saved"); }));
-    clock.advance(1s);
+    ASSERT_TRUE(turnLoopUntil([&] { return ::waitpid(all[0], nullptr, WNOHANG) == all[0]; }));
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+    EXPECT_TRUE(has("saved"));
+    clock.advance(100ms); // and not the whole of its two seconds
     expectStatus(SIGTERM);
 }
 
@@ -157,6 +164,28 @@ TEST_F(QtProcessRunnerEndTest, oneOfTheGroupThatTakesLongerIsKilledThoughTheShel
     EXPECT_FALSE(result);
     clock.advance(1ms);
     expectStatus(SIGTERM);
+    EXPECT_TRUE(turnLoopUntil([&] { return isGone(all[0]); }));
+}
+
+TEST_F(QtProcessRunnerEndTest, aShellThatIsSlowToEndGivesTheOthersNoMoreTime)
+{
+    start("(trap 'echo x >told' TERM; echo x >ready; while :; do sleep 0.01; done) & "
+          "until [ -e ready ]; do sleep 0.01; done; echo $! >>pids; "
+          "trap 'until [ -e go ]; do sleep 0.01; done; exit 6' TERM; echo $$ >>pids; "
+          "while :; do sleep 0.01; done",
+          2);
+    const auto all = pids();
+    clock.advance(limit);
+    ASSERT_TRUE(turnLoopUntil([&] { return has("told"); }));
+    clock.advance(1900ms);
+    folder.put("go", "");
+    ASSERT_TRUE(turnLoopUntil([&] { return ::kill(all[1], 0) != 0; }));
+    clock.advance(99ms);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isGone(all[0]));
+    EXPECT_FALSE(result);
+    clock.advance(1ms);
+    expectStatus(6);
     EXPECT_TRUE(turnLoopUntil([&] { return isGone(all[0]); }));
 }
 

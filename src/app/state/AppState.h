@@ -1,0 +1,144 @@
+#pragma once
+
+#include "accounts/AccountStore.h"
+#include "accounts/DiscoveredFacts.h"
+#include "accounts/SharedAccountsStore.h"
+#include "app/state/AccountUsageState.h"
+#include "app/state/ChangeNotice.h"
+#include "async/Task.h"
+#include "store/PollerHeartbeatStore.h"
+#include "store/PreferencesStore.h"
+#include "usage/UsagePipeline.h"
+#include "usage/UsageStores.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace vellumor {
+
+// What the program knows, and the one place through which it changes: the accounts, their readings,
+// and who is fetched when. Everybody who shows something observes it. Main thread only; rounds may
+// overlap.
+class AppState {
+public:
+    using History = std::shared_ptr<const UsageSamples>;
+
+    struct Parts {
+        Clock& clock;
+        AccountStore& store;
+        PreferencesStore& preferences;
+        const SharedAccountsStore& sharedAccounts;
+        UsagePipeline& pipeline;
+        UsageStores& stores;
+        Serial<PollerHeartbeatStore>& heartbeat;
+        std::function<Task<DiscoveryResult>(DiscoveryInputs inputs)> discover;
+        // Those of the folders that are there.
+        std::function<Task<std::set<std::string>>(std::vector<std::string> folders)>
+            existingFolders;
+    };
+
+    // Everything borrowed outlives it.
+    explicit AppState(Parts parts);
+    AppState(const AppState&) = delete;
+    AppState& operator=(const AppState&) = delete;
+
+    // Calls `observer` after changes, once a turn of the event loop.
+    void observe(std::function<void()> observer) { m_notice.observe(std::move(observer)); }
+
+    // Looks for accounts anew. A scan that fails changes nothing.
+    [[nodiscard]] Task<> rescan();
+    // Gives each account without a reading the last good one of the run before.
+    [[nodiscard]] Task<> seedFromSnapshots();
+    // Fetches every account that may be fetched, two seconds apart; by hand all but the blocked
+    // ones.
+    [[nodiscard]] Task<> refresh(bool manual);
+    // Fetches the one whose turn it is.
+    [[nodiscard]] Task<> refreshNext();
+
+    void recomputeEffectiveInterval(Instant now);
+    void markReviving(const std::string& id);
+    // Takes one outcome over; the account may be gone meanwhile.
+    void apply(const FetchOutcome& outcome, const std::string& id);
+
+    // What the user does. Those that give a task scan anew.
+    void setTracked(const std::string& id, bool tracked);
+    void setPinned(const std::string& id, bool pinned);
+    void rename(const Account& account, const std::string& name); // blank changes nothing
+    void reorder(const std::vector<std::string>& orderedIds);
+    void remove(const Account& account);
+    [[nodiscard]] Task<> restore(std::string configDir);
+    [[nodiscard]] Task<> upsertManual(std::string configDir,
+                                      std::optional<std::string> serviceOverride);
+    [[nodiscard]] Task<> setServiceOverride(std::string id, std::optional<std::string> service);
+    void setMenuBarMode(MenuBarMode mode);
+    void setUserInterval(double seconds);
+    // Any other setting: `change` works on a copy, which is saved.
+    void updatePreferences(const std::function<void(Preferences&)>& change);
+
+    [[nodiscard]] const std::vector<Account>& accounts() const { return m_accounts; }
+    [[nodiscard]] const std::map<std::string, AccountUsageState>& states() const
+    {
+        return m_states;
+    }
+    [[nodiscard]] const AccountUsageState* state(const std::string& id) const;
+    [[nodiscard]] std::optional<Instant> lastUpdated() const { return m_lastUpdated; }
+    [[nodiscard]] double effectiveInterval() const { return m_effectiveInterval; }
+    // Seconds between two ticks.
+    [[nodiscard]] double slotInterval(Instant now) const;
+    [[nodiscard]] double userInterval() const { return m_userInterval; }
+    [[nodiscard]] MenuBarMode menuBarMode() const { return m_menuBarMode; }
+    [[nodiscard]] const Preferences& preferences() const { return m_parts.preferences.current(); }
+    // By config directory.
+    [[nodiscard]] const std::map<std::string, History>& historyByDir() const
+    {
+        return m_historyByDir;
+    }
+    [[nodiscard]] const ResetAnchors& resetAnchorsByDir() const { return m_resetAnchorsByDir; }
+    [[nodiscard]] const std::map<std::string, int>& parseFailStreak() const
+    {
+        return m_parseFailStreak;
+    }
+    [[nodiscard]] std::vector<Account> pollableAccounts(Instant now) const;
+    [[nodiscard]] std::vector<Account> revivableAccounts(Instant now) const;
+    [[nodiscard]] bool isStale(const std::string& id, Instant now) const;
+    // The age of what is shown as a whole.
+    [[nodiscard]] std::optional<Instant> dataUpdatedAt() const;
+    [[nodiscard]] bool isRemoved(const std::string& configDir) const;
+
+private:
+    [[nodiscard]] const Account* account(const std::string& id) const;
+    [[nodiscard]] std::vector<Account> rotation(Instant now) const;
+    [[nodiscard]] std::vector<Account> manualTargets(Instant now) const;
+    void rederive();
+    [[nodiscard]] Task<> prune();
+    [[nodiscard]] Task<> claimHeartbeatIfProducing(Instant now);
+    [[nodiscard]] Task<std::optional<double>> foreignCoverageWindow(Instant now);
+    [[nodiscard]] Task<> fetchAndApply(FetchRequest request, std::chrono::milliseconds delay);
+    [[nodiscard]] FetchRequest requestFor(const Account& target, bool manual,
+                                          std::optional<double> coverageWindow);
+    [[nodiscard]] Task<> finishRound();
+    [[nodiscard]] Task<> reloadHistory();
+    [[nodiscard]] Task<> reloadAnchors();
+
+    Parts m_parts;
+    ChangeNotice m_notice;
+    std::vector<Account> m_accounts;
+    std::map<std::string, AccountUsageState> m_states; // by account id
+    std::optional<Instant> m_lastUpdated;
+    double m_effectiveInterval = 60.0;
+    MenuBarMode m_menuBarMode;
+    double m_userInterval;
+    std::map<std::string, History> m_historyByDir;
+    ResetAnchors m_resetAnchorsByDir;
+    std::vector<DiscoveredFacts> m_lastFacts;                     // of the last scan that went well
+    std::map<std::string, Instant> m_staggerLastAttempt;          // by account id
+    std::map<std::string, int> m_parseFailStreak;                 // by account id
+    std::map<std::string, FileStore::Fingerprint> m_historyFiles; // as they were when read
+};
+
+} // namespace vellumor

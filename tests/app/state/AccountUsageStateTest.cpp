@@ -1,0 +1,115 @@
+#include "app/state/AccountUsageState.h"
+
+#include "support/FakeClock.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace vellumor {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Kind = UsageFetchError::Kind;
+
+const Instant now = test::instant("2026-03-29T12:00:00Z");
+
+UsageFetchError failure(Kind kind)
+{
+    UsageFetchError error;
+    error.kind = kind;
+    return error;
+}
+
+AccountUsageState readAt(Instant at)
+{
+    AccountUsageState state;
+    state.usage.emplace();
+    state.usage->fetchedAt = at;
+    return state;
+}
+
+TEST(AccountUsageState, aReadingIsStaleAfterThreeIntervalsOrFiveMinutesAndFromTheFuture)
+{
+    const struct {
+        double age;
+        double interval;
+        bool isStale;
+    } rows[] = {
+        {300, 60, false}, {300.001, 60, true}, {301, 60, true},     {360, 120, false},
+        {361, 120, true}, {-60, 60, false},    {-60.001, 60, true},
+    };
+    for (const auto& [age, interval, isStale] : rows) {
+        const auto state = readAt(now - milliseconds(std::llround(age * 1000)));
+        EXPECT_EQ(state.isStale(interval, now), isStale) << age;
+    }
+    EXPECT_FALSE(AccountUsageState().isStale(60, now));
+}
+
+TEST(AccountUsageState, aBlockEndsAtItsMoment)
+{
+    AccountUsageState state;
+    EXPECT_FALSE(state.isBlocked(now));
+    state.blockedUntil = now;
+    EXPECT_FALSE(state.isBlocked(now));
+    EXPECT_TRUE(state.isBlocked(now - milliseconds(1)));
+}
+
+TEST(AccountUsageState, aFailureIsToldApartFromAMissingToken)
+{
+    AccountUsageState state = readAt(now);
+    EXPECT_FALSE(state.didFailRefresh());
+    state.lastError = failure(Kind::keychain);
+    EXPECT_TRUE(state.didFailRefresh());
+    EXPECT_FALSE(state.isNoToken());
+    state.usage.reset();
+    EXPECT_FALSE(state.didFailRefresh());
+    EXPECT_TRUE(state.isNoToken());
+    state.lastError = failure(Kind::noService);
+    EXPECT_TRUE(state.isNoToken());
+    state.lastError = failure(Kind::unauthorized);
+    EXPECT_FALSE(state.isNoToken());
+}
+
+TEST(AccountUsageState, aConclusionHoldsForTheTokenThatItIsAbout)
+{
+    AccountUsageState concluded = readAt(now);
+    concluded.lastError = failure(Kind::unauthorized);
+    concluded.revival = RevivalStatus::needsSignIn;
+    concluded.concludedAbout = now;
+    concluded.blockedUntil = now;
+    EXPECT_EQ(forgettingSupersededConclusions(concluded, now), concluded);
+    AccountUsageState forgotten = concluded;
+    forgotten.lastError.reset();
+    forgotten.revival.reset();
+    forgotten.concludedAbout.reset();
+    EXPECT_EQ(forgettingSupersededConclusions(concluded, now + milliseconds(1)), forgotten);
+    EXPECT_EQ(forgettingSupersededConclusions(concluded, std::nullopt), forgotten);
+    concluded.concludedAbout.reset();
+    EXPECT_EQ(forgettingSupersededConclusions(concluded, std::nullopt), forgotten);
+    AccountUsageState quiet = readAt(now);
+    quiet.concludedAbout = now;
+    EXPECT_EQ(forgettingSupersededConclusions(quiet, std::nullopt), quiet);
+}
+
+TEST(AccountUsageState, theAgeIsThatOfTheOldestReadingThatDoesNotWaitForTheUser)
+{
+    EXPECT_EQ(oldestReading({}), std::nullopt);
+    EXPECT_EQ(oldestReading({AccountUsageState()}), std::nullopt);
+    EXPECT_EQ(oldestReading({readAt(now), readAt(now - seconds(5))}), now - seconds(5));
+    AccountUsageState waiting = readAt(now - seconds(100));
+    for (const auto revival :
+         {RevivalStatus::disabled, RevivalStatus::needsSignIn, RevivalStatus::unavailable}) {
+        waiting.revival = revival;
+        EXPECT_EQ(oldestReading({waiting, readAt(now)}), now);
+        EXPECT_EQ(oldestReading({waiting}), now - seconds(100)); // there is nobody else
+    }
+    waiting.revival = RevivalStatus::retrying;
+    EXPECT_EQ(oldestReading({waiting, readAt(now)}), now - seconds(100));
+    waiting.lastError = failure(Kind::forbidden);
+    EXPECT_EQ(oldestReading({waiting, readAt(now)}), now);
+}
+
+} // namespace
+} // namespace vellumor

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "app/state/AppState.h"
+#include "support/FakeClock.h"
+#include "support/TempFolder.h"
+#include "usage/FakeCollaborators.h"
+
+#include <QCoroCore>
+
+#include <string>
+#include <vector>
+
+namespace vellumor::test {
+
+// The state with real stores and a fake pipeline behind it.
+struct AppWorld {
+    TempFolder home;
+    Folders folders{home.path(), home.file("data"), home.file("config")};
+    FakeClock clock{instant("2026-03-29T12:00:00Z")};
+    FileStore files;
+    Worker worker;
+    SharedAccountsStore sharedAccounts{files, folders.quorle() + "/accounts.json"};
+    AccountStore store{files, sharedAccounts, clock, folders.vellumor() + "/accounts.json",
+                       home.path()};
+    PreferencesStore preferences{files, folders.vellumor() + "/preferences.json"};
+    FakeCollaborators others;
+    UsagePipeline pipeline{others, clock};
+    UsageStores stores{worker, files, folders};
+    Serial<PollerHeartbeatStore> heartbeat{worker, files, folders.quorle() + "/poller.json"};
+    DiscoveryResult found;
+    int scans = 0;
+    AppState state{{clock, store, preferences, sharedAccounts, pipeline, stores, heartbeat,
+                    [this](DiscoveryInputs) { return scan(); },
+                    [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); }}};
+
+    AppWorld() { others.results = {reading(40, clock.now())}; }
+
+    // A config directory that the next scan finds.
+    void add(const std::string& name, TokenStatus status = TokenStatus::readable)
+    {
+        DiscoveredFacts facts;
+        facts.configDir = home.file(".claude-" + name);
+        facts.email = name + "@example.org";
+        facts.resolvedService = "Claude Code-credentials-" + name;
+        facts.tokenStatus = status;
+        facts.tokenExpiresAt = clock.now() + std::chrono::hours(1);
+        found.facts.push_back(std::move(facts));
+    }
+    void rescan() { waitFor(state.rescan()); }
+    // Lets everything run that is due: the worker's jobs and the alarms of the moment.
+    void settle()
+    {
+        for (int i = 0; i < 60; ++i) {
+            QCoro::waitFor(passWorker());
+            clock.advance(std::chrono::milliseconds(0));
+        }
+    }
+    // Ends a task that waits for time as well.
+    void waitFor(Task<> task)
+    {
+        for (int i = 0; i < 200 && !task.isReady(); ++i) {
+            settle();
+            if (!task.isReady())
+                clock.advance(std::chrono::milliseconds(500));
+        }
+        QCoro::waitFor(std::move(task));
+    }
+    [[nodiscard]] std::string id(const std::string& name) const
+    {
+        for (const Account& account : state.accounts()) {
+            if (account.displayName == name)
+                return account.id;
+        }
+        return {};
+    }
+    [[nodiscard]] const AccountUsageState& of(const std::string& name) const
+    {
+        static const AccountUsageState none;
+        const auto* known = state.state(id(name));
+        return known == nullptr ? none : *known;
+    }
+    [[nodiscard]] std::ptrdiff_t calls() const
+    {
+        return std::count(others.calls.begin(), others.calls.end(), "fetchUsage");
+    }
+
+private:
+    Task<DiscoveryResult> scan()
+    {
+        ++scans;
+        auto result = found;
+        co_return result;
+    }
+    Task<std::set<std::string>> existing(std::vector<std::string> dirs)
+    {
+        std::set<std::string> there;
+        for (const std::string& dir : dirs) {
+            for (const DiscoveredFacts& facts : found.facts) {
+                if (facts.configDir == dir)
+                    there.insert(dir);
+            }
+        }
+        co_return there;
+    }
+    Task<> passWorker()
+    {
+        auto nothing = [] {};
+        co_await worker.run(std::move(nothing));
+    }
+};
+
+} // namespace vellumor::test

@@ -1,0 +1,160 @@
+#include "app/state/Poller.h"
+
+#include "app/state/AppWorld.h"
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using test::AppWorld;
+using test::Gate;
+
+struct PollerTest : testing::Test, AppWorld {
+    bool isOnline = true;
+    double jitter = 0;
+    int ticksDone = 0;
+    Poller poller{{state, clock, [this] { return isOnline; }, [this] { return jitter; },
+                   [this](Instant) { return afterTick(); }}};
+
+    Task<> afterTick()
+    {
+        ++ticksDone;
+        co_return;
+    }
+    void pass(seconds time)
+    {
+        for (const auto end = clock.now() + time; clock.now() < end;) {
+            clock.advance(milliseconds(500));
+            settle();
+        }
+    }
+};
+
+TEST_F(PollerTest, aStartGivesAFullRoundAndThenOneFetchASlot)
+{
+    add("ada");
+    add("ben");
+    rescan();
+    poller.startLoop(true);
+    settle();
+    EXPECT_EQ(calls(), 1);
+    pass(seconds(2));
+    EXPECT_EQ(calls(), 2); // two seconds apart
+    pass(seconds(59));
+    EXPECT_EQ(calls(), 2);
+    pass(seconds(1));
+    EXPECT_EQ(calls(), 3); // two minutes for two accounts
+    pass(seconds(600));
+    EXPECT_EQ(calls(), 13);
+}
+
+TEST_F(PollerTest, theJitterStretchesTheSlot)
+{
+    add("ada");
+    rescan();
+    state.recomputeEffectiveInterval(clock.now());
+    jitter = 0.1;
+    poller.startLoop(false);
+    pass(seconds(131));
+    EXPECT_EQ(calls(), 0);
+    pass(seconds(1));
+    EXPECT_EQ(calls(), 1);
+}
+
+TEST_F(PollerTest, offlineNothingIsDueAndTheReturnGivesOneFullRound)
+{
+    add("ada");
+    add("ben");
+    rescan();
+    isOnline = false;
+    poller.startLoop(true);
+    EXPECT_FALSE(poller.isRunning());
+    pass(seconds(300));
+    EXPECT_EQ(calls(), 0);
+    poller.didWake(); // still offline
+    settle();
+    EXPECT_EQ(calls(), 0);
+    isOnline = true;
+    poller.observeNetwork(true);
+    pass(seconds(10));
+    EXPECT_EQ(calls(), 2);
+    poller.observeNetwork(false);
+    pass(seconds(300));
+    EXPECT_EQ(calls(), 2);
+}
+
+TEST_F(PollerTest, aSleepEndsTheLoopAndATickUnderWayIsFinished)
+{
+    add("ada");
+    rescan();
+    Gate slow;
+    others.gates = {&slow};
+    poller.startLoop(true);
+    settle();
+    poller.willSleep();
+    slow.open();
+    settle();
+    EXPECT_TRUE(of("ada").usage);
+    EXPECT_EQ(ticksDone, 1);
+    pass(seconds(600));
+    EXPECT_EQ(calls(), 1);
+    poller.didWake();
+    settle();
+    EXPECT_EQ(calls(), 2);
+}
+
+TEST_F(PollerTest, aHealthyProgramScansOnceAnHour)
+{
+    add("ada");
+    rescan();
+    const int before = scans;
+    clock.advance(milliseconds(3'599'999));
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before);
+    clock.advance(milliseconds(1));
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before + 1);
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before + 1);
+}
+
+TEST_F(PollerTest, anAccountInTroubleIsLookedAtOnceAnInterval)
+{
+    add("ada", TokenStatus::needsApproval);
+    rescan();
+    const int before = scans;
+    state.recomputeEffectiveInterval(clock.now());
+    clock.advance(milliseconds(119'999));
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before);
+    clock.advance(milliseconds(1));
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before + 1);
+}
+
+TEST_F(PollerTest, aBlockedAccountIsNoTrouble)
+{
+    add("ada", TokenStatus::needsApproval);
+    rescan();
+    FetchOutcome forbidden;
+    forbidden.error = test::failure(UsageFetchError::Kind::forbidden);
+    state.apply(forbidden, id("ada"));
+    const int before = scans;
+    clock.advance(seconds(600));
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before);
+}
+
+TEST_F(PollerTest, withoutAccountsTheTicksGoOn)
+{
+    poller.startLoop(true);
+    pass(seconds(601));
+    EXPECT_EQ(ticksDone, 6); // the start, and one every two minutes
+    EXPECT_EQ(calls(), 0);
+}
+
+} // namespace
+} // namespace vellumor
