@@ -1,5 +1,6 @@
 #include "app/ApplicationMode.h"
 
+#include "app/Program.h"
 #include "app/Startup.h"
 #include "base/Log.h"
 #include "platform/linux/SingleCopy.h"
@@ -34,6 +35,10 @@ int runApplicationMode(int argc, char** argv, const Environment& environment)
         break;
     }
     log(Tag::main, "running — there is no status item yet");
+    Program program(environment, folders);
+    Task<> started;
+    QMetaObject::invokeMethod(
+        &application, [&] { started = program.start(); }, Qt::QueuedConnection);
     return QCoreApplication::exec();
 }
 

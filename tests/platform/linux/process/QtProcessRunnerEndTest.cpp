@@ -103,8 +103,9 @@ TEST_F(QtProcessRunnerEndTest, aChildThatEndsWhenItIsToldGivesItsOwnStatusAtOnce
 
 TEST_F(QtProcessRunnerEndTest, aChildThatTakesNoNoticeIsKilledTwoSecondsLater)
 {
-    start("trap 'echo x >told' TERM; (trap '' TERM; exec sleep 60) & echo $! >>pids; "
-          "echo $$ >>pids; while :; do sleep 0.01; done",
+    start("trap 'echo x >told' TERM; (trap '' TERM; echo x >ready; exec sleep 60) & "
+          "until [ -e ready ]; do sleep 0.01; done; "
+          "echo $! >>pids; echo $$ >>pids; while :; do sleep 0.01; done",
           2);
     const auto all = pids();
     clock.advance(limit);

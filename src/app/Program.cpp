@@ -1,0 +1,110 @@
+#include "app/Program.h"
+
+#include "accounts/AccountDiscovery.h"
+#include "app/BuildSettings.h"
+#include "base/SecureRandom.h"
+#include "base/Version.h"
+#include "platform/linux/LoginShell.h"
+#include "platform/linux/SessionBus.h"
+#include "store/DiskPath.h"
+#include "store/PresenceMarker.h"
+#include "usage/ApiBase.h"
+
+namespace vellumor {
+
+namespace {
+
+// Uniform in -0.1 to 0.1.
+double jitter()
+{
+    constexpr std::uint32_t steps = 20001;
+    return static_cast<double>(SecureRandom::below(steps)) / (steps - 1) * 0.2 - 0.1;
+}
+
+} // namespace
+
+Program::Program(const Environment& environment, Folders folders)
+    : m_folders(std::move(folders))
+    , m_keyring(SessionBus::address(environment))
+    , m_client(m_transport, m_accountWorker, m_clock, m_readCredentials,
+               ApiBase::usageEndpoint(environment, BuildSettings::apiBase))
+    , m_finder(m_processes, m_accountWorker, m_claudePath,
+               {environment, m_folders.home, LoginShell::path(environment),
+                m_folders.vellumor() + "/revive"})
+    , m_headless(m_processes, m_accountWorker,
+                 {environment, m_folders.home, LoginShell::path(environment)})
+    , m_collaborators({m_stores, m_accountWorker, m_client, m_reviver, m_network, m_readCredentials,
+                       [this] { return m_preferences.current().localCacheOnly; },
+                       [this] { return m_preferences.current().tokenRevivalEnabled; }})
+    , m_appState(
+          {m_clock, m_accounts, m_preferences, m_sharedAccounts, m_pipeline, m_stores, m_heartbeat,
+           [this](DiscoveryInputs inputs) { return discover(std::move(inputs)); },
+           [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); }})
+    , m_sleep(value(environment, "DBUS_SYSTEM_BUS_ADDRESS").value_or(""), m_clock)
+{
+    m_files.ensureDirectory(m_folders.vellumor() + "/revive");
+    setUpReviver();
+}
+
+void Program::setUpReviver()
+{
+    m_reviver.workDir = m_folders.vellumor() + "/revive";
+    m_reviver.pathOverride = [this]() -> std::optional<std::string> {
+        const std::string& chosen = m_preferences.current().claudeBinaryPath;
+        return chosen.empty() ? std::nullopt : std::optional(chosen);
+    };
+    m_reviver.resolveBinary = [this](std::optional<std::string> preference) {
+        return m_finder.resolveClaudeBinary(std::move(preference));
+    };
+    m_reviver.runUsage = [this](std::string binary, std::string configDir, std::string workDir) {
+        return m_headless.spawnUsage(std::move(binary), std::move(configDir), std::move(workDir));
+    };
+}
+
+Task<> Program::start()
+{
+    m_storeWorker.post([this] {
+        m_files.healTree(m_folders.vellumor());
+        m_files.healTree(m_folders.quorle());
+    });
+    co_await m_appState.rescan();
+    co_await m_appState.seedFromSnapshots();
+    m_appState.recomputeEffectiveInterval(m_clock.now());
+    m_poller.emplace(Poller::Parts{m_appState, m_clock, [this] { return m_network.isOnline(); },
+                                   jitter, [this](Instant now) { return markPresence(now); }});
+    m_sleep.start([this] { m_poller->willSleep(); }, [this] { m_poller->didWake(); });
+    m_network.onChange = [this](bool isOnline) { m_poller->observeNetwork(isOnline); };
+    m_poller->startLoop(true);
+    co_await markPresence(m_clock.now());
+}
+
+Task<DiscoveryResult> Program::discover(DiscoveryInputs inputs)
+{
+    auto scan = [this, inputs = std::move(inputs)] {
+        return AccountDiscovery::live(inputs, m_folders.home, m_directories, m_keychain).run();
+    };
+    co_return co_await m_accountWorker.run(std::move(scan));
+}
+
+Task<std::set<std::string>> Program::existingFolders(std::vector<std::string> folders)
+{
+    auto look = [folders = std::move(folders)] {
+        std::set<std::string> existing;
+        for (const std::string& folder : folders) {
+            if (DiskPath::isFolder(folder))
+                existing.insert(folder);
+        }
+        return existing;
+    };
+    co_return co_await m_accountWorker.run(std::move(look));
+}
+
+Task<> Program::markPresence(Instant now)
+{
+    auto mark = [this, now] {
+        PresenceMarker::writeOwn(m_files, std::string(version), now, m_folders.quorle());
+    };
+    co_await m_storeWorker.run(std::move(mark));
+}
+
+} // namespace vellumor

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "accounts/AccountStore.h"
+#include "accounts/KeychainReader.h"
+#include "app/state/AppState.h"
+#include "app/state/Poller.h"
+#include "async/LiveClock.h"
+#include "platform/linux/LogindSleepWatcher.h"
+#include "platform/linux/QtHttpTransport.h"
+#include "platform/linux/QtPathMonitor.h"
+#include "platform/linux/QtProcessRunner.h"
+#include "platform/linux/SecretServiceKeyring.h"
+#include "store/Folders.h"
+#include "usage/ClaudeBinaryFinder.h"
+#include "usage/HeadlessUsage.h"
+#include "usage/LiveCollaborators.h"
+#include "usage/NetworkMonitor.h"
+
+#include <optional>
+
+namespace vellumor {
+
+// The running program without its screens: every part made once, in the order in which they lean on
+// one another, and the order of what happens at the start.
+class Program {
+public:
+    Program(const Environment& environment, Folders folders);
+
+    // Scans, shows what the run before has left, and starts the loop.
+    [[nodiscard]] Task<> start();
+    [[nodiscard]] AppState& appState() { return m_appState; }
+
+private:
+    [[nodiscard]] Task<DiscoveryResult> discover(DiscoveryInputs inputs);
+    [[nodiscard]] Task<std::set<std::string>> existingFolders(std::vector<std::string> folders);
+    [[nodiscard]] Task<> markPresence(Instant now);
+    void setUpReviver();
+
+    Folders m_folders;
+    LiveClock m_clock;
+    FileStore m_files;
+    Worker m_storeWorker;   // what the program keeps
+    Worker m_accountWorker; // credentials and config directories, which may hang
+
+    SecretServiceKeyring m_keyring;
+    ServiceDirectories m_directories{m_folders.home};
+    KeychainReader m_keychain{m_directories, m_keyring, m_clock};
+    UsageClient::ReadCredentials m_readCredentials = [this](const std::string& service) {
+        return m_keychain.readCredentials(service);
+    };
+    QtHttpTransport m_transport;
+    UsageClient m_client;
+    QtPathMonitor m_paths;
+    NetworkMonitor m_network{m_paths};
+
+    QtProcessRunner m_processes{m_clock};
+    PersistedClaudePath m_claudePath{m_files, m_folders.vellumor() + "/claude-path.json"};
+    ClaudeBinaryFinder m_finder;
+    HeadlessUsage m_headless;
+    TokenReviver m_reviver;
+
+    SharedAccountsStore m_sharedAccounts{m_files, m_folders.quorle() + "/accounts.json"};
+    AccountStore m_accounts{m_files, m_sharedAccounts, m_clock,
+                            m_folders.vellumor() + "/accounts.json", m_folders.home};
+    PreferencesStore m_preferences{m_files, m_folders.vellumor() + "/preferences.json"};
+    UsageStores m_stores{m_storeWorker, m_files, m_folders};
+    Serial<PollerHeartbeatStore> m_heartbeat{m_storeWorker, m_files,
+                                             m_folders.quorle() + "/poller.json"};
+    LiveCollaborators m_collaborators;
+    UsagePipeline m_pipeline{m_collaborators, m_clock};
+    AppState m_appState;
+    LogindSleepWatcher m_sleep;
+    std::optional<Poller> m_poller; // once the first scan is over
+};
+
+} // namespace vellumor
