@@ -25,7 +25,7 @@ Task<int> HeadlessUsage::spawnUsage(std::string binary, std::string configDir, s
     ProcessRequest request;
     // Claude Code is to work in the directories that are there, not to make others beside them.
     auto prepare = [configDir, workDir] {
-        const std::pair spelled(DiskPath::spelled(configDir), DiskPath::spelled(workDir));
+        std::pair spelled(DiskPath::spelled(configDir), DiskPath::spelled(workDir));
         FileStore().ensureDirectory(spelled.second);
         return spelled;
     };
