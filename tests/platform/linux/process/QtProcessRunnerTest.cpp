@@ -254,12 +254,7 @@ TEST_F(QtProcessRunnerTest, aChildInheritsNoOpenFileOfTheProgram)
 
 TEST_F(QtProcessRunnerTest, aChildThatFloodsItsOutputCostsNoMoreMemoryThanTheLimit)
 {
-    // The address sanitizer holds back 256 MiB of what was released.
-#ifdef __SANITIZE_ADDRESS__
-    constexpr long allowed = 320L * 1024;
-#else
-    constexpr long allowed = 16L * 1024;
-#endif
+    constexpr long allowed = 64L * 1024; // in KiB
     const auto peak = [] { // in KiB
         const std::string status = test::contentsOf("/proc/self/status");
         return std::stol(status.substr(status.find("VmHWM:") + 6));
