@@ -23,12 +23,13 @@ std::optional<std::string> clean(const std::optional<std::string>& text)
 } // namespace
 
 AccountStore::AccountStore(const FileStore& files, const SharedAccountsStore& shared,
-                           const Clock& clock, std::string fileURL, std::string home)
+                           const Clock& clock, std::string fileURL, std::string home, RunJob runJob)
     : m_files(files)
     , m_shared(shared)
     , m_clock(clock)
     , m_fileURL(std::move(fileURL))
     , m_home(std::move(home))
+    , m_runJob(std::move(runJob))
 {
     m_files.ensureDirectory(std::filesystem::path(m_fileURL).parent_path().string());
     const FileContents contents = readFile(m_fileURL);
@@ -38,9 +39,13 @@ AccountStore::AccountStore(const FileStore& files, const SharedAccountsStore& sh
 
 void AccountStore::persist()
 {
-    if (const auto bytes = encodeStoredAccounts(m_records))
-        m_files.write(*bytes, m_fileURL);
-    m_shared.save(AccountMerge::sharedIdentities(m_records));
+    m_runJob([&files = m_files, shared = m_shared, file = m_fileURL,
+              bytes = encodeStoredAccounts(m_records),
+              identities = AccountMerge::sharedIdentities(m_records)] {
+        if (bytes)
+            files.write(*bytes, file);
+        shared.save(identities);
+    });
 }
 
 void AccountStore::mutate(const std::string& id, const std::function<void(StoredAccount&)>& change)

@@ -3,6 +3,7 @@
 #include "accounts/SharedAccountsStore.h"
 #include "accounts/StoredAccount.h"
 #include "base/Clock.h"
+#include "base/RunJob.h"
 #include "store/FileStore.h"
 
 #include <functional>
@@ -21,8 +22,8 @@ struct RemovedAccount {
 };
 
 // What the user decided about each config directory: its name, place, and whether it is tracked,
-// pinned or hidden. Every change is written at once, here and into the shared file. Main thread
-// only.
+// pinned or hidden. Every change is written at once, here and into the shared file, by `runJob`.
+// Main thread only.
 class AccountStore {
 public:
     // Compares two names for the list of hidden accounts: true when the first comes first.
@@ -31,7 +32,7 @@ public:
     // Loads; a file that is missing or broken counts as empty. All borrowed things outlive the
     // store.
     AccountStore(const FileStore& files, const SharedAccountsStore& shared, const Clock& clock,
-                 std::string fileURL, std::string home);
+                 std::string fileURL, std::string home, RunJob runJob = runAtOnce);
 
     // Adds a directory that the user typed, or brings a hidden one back. Empty text does nothing.
     void upsertManual(const std::string& configDir,
@@ -71,6 +72,7 @@ private:
     const Clock& m_clock;
     std::string m_fileURL;
     std::string m_home;
+    RunJob m_runJob;
     StoredAccounts m_records;
 };
 

@@ -2,12 +2,15 @@
 
 #include "app/Program.h"
 #include "app/Startup.h"
+#include "async/OrEnd.h"
 #include "base/Log.h"
 #include "platform/linux/SingleCopy.h"
 #include "store/FileStore.h"
 #include "store/Folders.h"
 
 #include <QCoreApplication>
+
+#include <cstdlib>
 
 namespace vellumor {
 
@@ -38,8 +41,9 @@ int runApplicationMode(int argc, char** argv, const Environment& environment)
     Program program(environment, folders);
     Task<> started;
     QMetaObject::invokeMethod(
-        &application, [&] { started = program.start(); }, Qt::QueuedConnection);
-    return QCoreApplication::exec();
+        &application, [&] { started = orEnd(program.start()); }, Qt::QueuedConnection);
+    // Nothing is saved at the end, and fetches that are under way are not waited for.
+    std::_Exit(QCoreApplication::exec());
 }
 
 } // namespace vellumor

@@ -10,6 +10,8 @@
 #include "store/PresenceMarker.h"
 #include "usage/ApiBase.h"
 
+#include <QThreadPool>
+
 namespace vellumor {
 
 namespace {
@@ -21,6 +23,12 @@ double jitter()
     return static_cast<double>(SecureRandom::below(steps)) / (steps - 1) * 0.2 - 0.1;
 }
 
+// Empty for the usual one.
+std::string systemBusAddress(const Environment& environment)
+{
+    return value(environment, "DBUS_SYSTEM_BUS_ADDRESS").value_or("");
+}
+
 } // namespace
 
 Program::Program(const Environment& environment, Folders folders)
@@ -28,6 +36,7 @@ Program::Program(const Environment& environment, Folders folders)
     , m_keyring(SessionBus::address(environment))
     , m_client(m_transport, m_accountWorker, m_clock, m_readCredentials,
                ApiBase::usageEndpoint(environment, BuildSettings::apiBase))
+    , m_paths(m_accountWorker, systemBusAddress(environment))
     , m_finder(m_processes, m_accountWorker, m_claudePath,
                {environment, m_folders.home, LoginShell::path(environment),
                 m_folders.vellumor() + "/revive"})
@@ -37,10 +46,11 @@ Program::Program(const Environment& environment, Folders folders)
                        [this] { return m_preferences.current().localCacheOnly; },
                        [this] { return m_preferences.current().tokenRevivalEnabled; }})
     , m_appState(
-          {m_clock, m_accounts, m_preferences, m_sharedAccounts, m_pipeline, m_stores, m_heartbeat,
+          {m_clock, m_accounts, m_preferences, [this] { return loadSharedIdentities(); },
+           m_pipeline, m_stores, m_heartbeat,
            [this](DiscoveryInputs inputs) { return discover(std::move(inputs)); },
            [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); }})
-    , m_sleep(value(environment, "DBUS_SYSTEM_BUS_ADDRESS").value_or(""), m_clock)
+    , m_sleep(m_accountWorker, systemBusAddress(environment), m_clock)
 {
     m_files.ensureDirectory(m_folders.vellumor() + "/revive");
     setUpReviver();
@@ -63,10 +73,7 @@ void Program::setUpReviver()
 
 Task<> Program::start()
 {
-    m_storeWorker.post([this] {
-        m_files.healTree(m_folders.vellumor());
-        m_files.healTree(m_folders.quorle());
-    });
+    healInBackground();
     co_await m_appState.rescan();
     co_await m_appState.seedFromSnapshots();
     m_appState.recomputeEffectiveInterval(m_clock.now());
@@ -76,6 +83,21 @@ Task<> Program::start()
     m_network.onChange = [this](bool isOnline) { m_poller->observeNetwork(isOnline); };
     m_poller->startLoop(true);
     co_await markPresence(m_clock.now());
+}
+
+// On a thread that goes away afterwards: the first scan does not wait for it.
+void Program::healInBackground() const
+{
+    QThreadPool::globalInstance()->start([files = m_files, folders = m_folders] {
+        files.healTree(folders.vellumor());
+        files.healTree(folders.quorle());
+    });
+}
+
+Task<SharedIdentities> Program::loadSharedIdentities()
+{
+    auto load = [shared = m_sharedAccounts] { return shared.load(); };
+    co_return co_await m_storeWorker.run(std::move(load));
 }
 
 Task<DiscoveryResult> Program::discover(DiscoveryInputs inputs)

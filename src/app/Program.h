@@ -33,7 +33,9 @@ public:
 private:
     [[nodiscard]] Task<DiscoveryResult> discover(DiscoveryInputs inputs);
     [[nodiscard]] Task<std::set<std::string>> existingFolders(std::vector<std::string> folders);
+    [[nodiscard]] Task<SharedIdentities> loadSharedIdentities();
     [[nodiscard]] Task<> markPresence(Instant now);
+    void healInBackground() const;
     void setUpReviver();
 
     Folders m_folders;
@@ -41,6 +43,7 @@ private:
     FileStore m_files;
     Worker m_storeWorker;   // what the program keeps
     Worker m_accountWorker; // credentials and config directories, which may hang
+    RunJob m_write = [this](std::function<void()> job) { m_storeWorker.post(std::move(job)); };
 
     SecretServiceKeyring m_keyring;
     ServiceDirectories m_directories{m_folders.home};
@@ -60,9 +63,10 @@ private:
     TokenReviver m_reviver;
 
     SharedAccountsStore m_sharedAccounts{m_files, m_folders.quorle() + "/accounts.json"};
-    AccountStore m_accounts{m_files, m_sharedAccounts, m_clock,
-                            m_folders.vellumor() + "/accounts.json", m_folders.home};
-    PreferencesStore m_preferences{m_files, m_folders.vellumor() + "/preferences.json"};
+    AccountStore m_accounts{m_files,        m_sharedAccounts,
+                            m_clock,        m_folders.vellumor() + "/accounts.json",
+                            m_folders.home, m_write};
+    PreferencesStore m_preferences{m_files, m_folders.vellumor() + "/preferences.json", m_write};
     UsageStores m_stores{m_storeWorker, m_files, m_folders};
     Serial<PollerHeartbeatStore> m_heartbeat{m_storeWorker, m_files,
                                              m_folders.quorle() + "/poller.json"};

@@ -4,6 +4,9 @@
 
 #include <QTimer>
 
+#include <algorithm>
+#include <limits>
+
 namespace vellumor {
 
 namespace {
@@ -20,7 +23,9 @@ public:
             const auto call = std::move(m_then);
             call();
         });
-        m_timer.start(std::max(delay, std::chrono::milliseconds(0)));
+        // The timer counts in an int; what lies weeks ahead comes a little early rather than never.
+        m_timer.start(std::clamp(delay, std::chrono::milliseconds(0),
+                                 std::chrono::milliseconds(std::numeric_limits<int>::max())));
     }
 
 private:

@@ -29,6 +29,13 @@ public:
             [this, operation = std::move(operation)]() mutable { return operation(m_value); });
     }
 
+    // Runs it in its turn, and nobody waits for it.
+    template <typename Operation>
+    void post(Operation operation)
+    {
+        m_worker.post([this, operation = std::move(operation)]() mutable { operation(m_value); });
+    }
+
 private:
     Worker& m_worker;
     T m_value; // touched by the worker alone

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <coroutine>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -43,6 +44,7 @@ public:
         [[nodiscard]] bool await_ready() const noexcept { return false; }
         void await_suspend(std::coroutine_handle<> waiting)
         {
+            ++m_worker.m_awaited;
             m_worker.post([this, waiting] {
                 if constexpr (std::is_void_v<Value>)
                     m_job();
@@ -53,6 +55,7 @@ public:
         }
         Value await_resume()
         {
+            --m_worker.m_awaited;
             if constexpr (!std::is_void_v<Value>)
                 return *std::move(m_value);
         }
@@ -71,12 +74,16 @@ public:
         return Result<Job>(*this, std::move(job));
     }
 
+    // How many awaited jobs have not come back. On the main thread.
+    [[nodiscard]] std::size_t awaited() const { return m_awaited; }
+
 private:
     class HandBack;
 
     void resumeOnMainThread(std::coroutine_handle<> waiting);
     void runJobs();
 
+    std::size_t m_awaited = 0; // touched by the main thread alone
     std::unique_ptr<HandBack> m_handBack;
     std::mutex m_mutex;
     std::condition_variable m_changed;

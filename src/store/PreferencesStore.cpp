@@ -4,9 +4,10 @@
 
 namespace vellumor {
 
-PreferencesStore::PreferencesStore(const FileStore& files, std::string fileURL)
+PreferencesStore::PreferencesStore(const FileStore& files, std::string fileURL, RunJob runJob)
     : m_files(files)
     , m_fileURL(std::move(fileURL))
+    , m_runJob(std::move(runJob))
 {
     const FileContents contents = readFile(m_fileURL);
     if (contents.status == ReadStatus::ok)
@@ -18,7 +19,8 @@ Preferences PreferencesStore::save(const Preferences& preferences)
     m_current = preferences.clamped();
     m_current.schemaVersion = 1;
     if (const auto bytes = m_current.encode())
-        m_files.write(*bytes, m_fileURL);
+        m_runJob(
+            [&files = m_files, file = m_fileURL, bytes = *bytes] { files.write(bytes, file); });
     return m_current;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/RunJob.h"
 #include "store/FileStore.h"
 #include "store/Preferences.h"
 
@@ -7,12 +8,13 @@
 
 namespace vellumor {
 
-// The current settings; each change is written at once. Main thread only. A file that is missing,
-// broken or of a newer version counts as the defaults, and is replaced by the first change.
+// The current settings; each change is written at once, by `runJob`. Main thread only. A file that
+// is missing, broken or of a newer version counts as the defaults, and is replaced by the first
+// change.
 class PreferencesStore {
 public:
     // Loads; creates nothing. `files` outlives the store.
-    PreferencesStore(const FileStore& files, std::string fileURL);
+    PreferencesStore(const FileStore& files, std::string fileURL, RunJob runJob = runAtOnce);
 
     // Clamps, keeps and writes; gives what was kept. A failed write leaves the file as it was.
     Preferences save(const Preferences& preferences);
@@ -24,6 +26,7 @@ public:
 private:
     const FileStore& m_files;
     std::string m_fileURL;
+    RunJob m_runJob;
     Preferences m_current;
 };
 

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -51,6 +52,13 @@ public:
     // The wall clock alone: a step, as after a correction.
     void jumpTo(Instant at) { m_now = at; }
     [[nodiscard]] std::size_t pendingAlarms() const { return m_pending->size(); }
+    // How far the next alarm lies ahead; nothing without one.
+    [[nodiscard]] std::optional<std::chrono::milliseconds> untilNextAlarm() const
+    {
+        if (m_pending->empty())
+            return std::nullopt;
+        return m_pending->begin()->first.first - m_elapsed;
+    }
 
 private:
     using Key = std::pair<std::chrono::milliseconds, unsigned>; // when, and which of those first

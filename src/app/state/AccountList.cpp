@@ -1,17 +1,36 @@
 #include "app/state/AccountList.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace vellumor::AccountList {
 
+std::vector<Account> ordered(std::vector<Account> accounts)
+{
+    std::stable_sort(accounts.begin(), accounts.end(),
+                     [](const Account& a, const Account& b) { return a.order < b.order; });
+    return accounts;
+}
+
+std::vector<Account> moved(const std::vector<Account>& accounts,
+                           const std::vector<std::size_t>& from, std::size_t to)
+{
+    std::vector<Account> before;
+    std::vector<Account> taken;
+    std::vector<Account> after;
+    for (std::size_t place = 0; place < accounts.size(); ++place) {
+        const bool isTaken = std::find(from.begin(), from.end(), place) != from.end();
+        auto& target = isTaken ? taken : place < to ? before : after;
+        target.push_back(accounts[place]);
+    }
+    before.insert(before.end(), taken.begin(), taken.end());
+    before.insert(before.end(), after.begin(), after.end());
+    return before;
+}
+
 std::vector<Account> orderedTracked(const std::vector<Account>& accounts)
 {
-    std::vector<Account> tracked;
-    std::copy_if(accounts.begin(), accounts.end(), std::back_inserter(tracked),
-                 [](const Account& account) { return account.tracked; });
-    std::stable_sort(tracked.begin(), tracked.end(),
-                     [](const Account& a, const Account& b) { return a.order < b.order; });
+    auto tracked = ordered(accounts);
+    std::erase_if(tracked, [](const Account& account) { return !account.tracked; });
     return tracked;
 }
 

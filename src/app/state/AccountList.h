@@ -2,6 +2,7 @@
 
 #include "accounts/Account.h"
 
+#include <cstddef>
 #include <vector>
 
 // AccountList: which accounts are shown, and in what order. Pure.
@@ -9,6 +10,14 @@ namespace vellumor::AccountList {
 
 // As many fit into the panel.
 inline constexpr std::size_t mostPinned = 4;
+
+// All accounts by order, tracked or not; equal orders keep their place.
+[[nodiscard]] std::vector<Account> ordered(std::vector<Account> accounts);
+
+// `accounts` with those at the places `from` taken out and put, in their order, in front of the one
+// that stood at `to`; at the end when `to` is beyond it. Places beyond the end are left out.
+[[nodiscard]] std::vector<Account> moved(const std::vector<Account>& accounts,
+                                         const std::vector<std::size_t>& from, std::size_t to);
 
 // The tracked accounts by order; equal orders keep their place.
 [[nodiscard]] std::vector<Account> orderedTracked(const std::vector<Account>& accounts);

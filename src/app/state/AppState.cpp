@@ -146,7 +146,7 @@ Task<> AppState::refresh(bool manual)
     const Instant now = m_parts.clock.now();
     const auto targets = manual ? manualTargets(now) : rotation(now);
     recomputeEffectiveInterval(now);
-    co_await claimHeartbeatIfProducing(now);
+    claimHeartbeatIfProducing(now);
     if (targets.empty()) {
         m_lastUpdated = now;
         m_notice.announce();
@@ -173,7 +173,7 @@ Task<> AppState::refreshNext()
 {
     const Instant now = m_parts.clock.now();
     recomputeEffectiveInterval(now);
-    co_await claimHeartbeatIfProducing(now);
+    claimHeartbeatIfProducing(now);
     const auto candidates = rotation(now);
     const auto next = Stagger::nextTarget(idsOf(candidates), m_staggerLastAttempt);
     if (!next) {
@@ -224,16 +224,17 @@ Task<> AppState::finishRound()
 }
 
 // So that a sibling can live on what this program fetches. One that only fails promises nothing.
-Task<> AppState::claimHeartbeatIfProducing(Instant now)
+// Nobody waits for it: the window is read on the same worker, behind it.
+void AppState::claimHeartbeatIfProducing(Instant now)
 {
     if (!ClaimGate::shouldClaim(m_parseFailStreak, idsOf(pollableAccounts(now)))) {
         log(Tag::poller, "heartbeat claim withheld — every pollable account is parse-failing");
-        co_return;
+        return;
     }
     auto claim = [interval = m_effectiveInterval, now](PollerHeartbeatStore& heartbeat) {
         heartbeat.claim(interval, now);
     };
-    co_await m_parts.heartbeat(std::move(claim));
+    m_parts.heartbeat.post(std::move(claim));
 }
 
 Task<std::optional<double>> AppState::foreignCoverageWindow(Instant now)
@@ -283,25 +284,30 @@ void AppState::apply(const FetchOutcome& outcome, const std::string& id)
 Task<> AppState::rescan()
 {
     DiscoveryInputs inputs{m_parts.store.knownDirs(), serviceOverrides(m_parts.store.records())};
+    const auto looked = inputs.knownDirs;
     DiscoveryResult result = co_await m_parts.discover(std::move(inputs));
     if (result.scanFailed)
         co_return;
-    auto hidden = hiddenDirs(m_parts.store.records());
-    const auto existing = co_await m_parts.existingFolders(std::move(hidden));
-    m_parts.store.forgetVanishedRemovals(
-        [&](const std::string& dir) { return existing.contains(dir); });
+    const auto hidden = hiddenDirs(m_parts.store.records());
+    const auto existing = co_await m_parts.existingFolders(hidden);
+    m_sharedIdentities = co_await m_parts.loadSharedIdentities();
+    // One that was hidden meanwhile has not been asked about.
+    m_parts.store.forgetVanishedRemovals([&](const std::string& dir) {
+        return existing.contains(dir) ||
+               std::find(hidden.begin(), hidden.end(), dir) == hidden.end();
+    });
     m_lastFacts = std::move(result.facts);
     rederive();
     if (!m_accounts.empty() || m_parts.store.knownDirs().empty())
-        co_await prune();
+        co_await prune(looked);
     co_await reloadHistory();
     co_await reloadAnchors();
 }
 
 void AppState::rederive()
 {
-    m_accounts = AccountMerge::merge(m_lastFacts, m_parts.sharedAccounts.load(),
-                                     m_parts.store.records(), AccountMerge::randomSlug);
+    m_accounts = AccountMerge::merge(m_lastFacts, m_sharedIdentities, m_parts.store.records(),
+                                     AccountMerge::randomSlug);
     m_parts.store.persist();
     std::erase_if(m_states, [this](const auto& entry) { return account(entry.first) == nullptr; });
     for (const Account& each : m_accounts) {
@@ -319,13 +325,17 @@ void AppState::rederive()
     m_notice.announce();
 }
 
-// What belongs to no account any more goes; what belongs to a hidden one stays, so that bringing it
-// back restores it as it was.
-Task<> AppState::prune()
+// What belongs to no account any more goes. What belongs to a hidden one stays, so that bringing it
+// back restores it as it was, and so does what the scan was not asked to look for: it was hidden
+// when the scan began.
+Task<> AppState::prune(std::vector<std::string> looked)
 {
     auto keep = configDirsOf(m_accounts);
-    const auto hidden = hiddenDirs(m_parts.store.records());
-    keep.insert(keep.end(), hidden.begin(), hidden.end());
+    for (const auto& [configDir, record] : m_parts.store.records()) {
+        if (record.isRemoved() ||
+            std::find(looked.begin(), looked.end(), configDir) == looked.end())
+            keep.push_back(configDir);
+    }
     auto pruneStore = [keep](auto& store) { store.prune(keep); };
     co_await m_parts.stores.cache(pruneStore);
     co_await m_parts.stores.snapshots(pruneStore);
@@ -360,11 +370,13 @@ Task<> AppState::reloadHistory()
                                                                : std::optional(known->second)](
                         UsageHistoryStore& history) { return history.loadUnless(last, dir); };
         auto loaded = co_await m_parts.stores.history(std::move(load));
-        files[dir] = loaded.file;
         if (loaded.samples)
             histories[dir] = std::make_shared<const UsageSamples>(*std::move(loaded.samples));
         else if (const auto present = m_historyByDir.find(dir); present != m_historyByDir.end())
             histories[dir] = present->second;
+        else
+            continue; // what was read has gone meanwhile, and is read anew the next time
+        files[dir] = loaded.file;
     }
     m_historyByDir = std::move(histories);
     m_historyFiles = std::move(files);
@@ -403,9 +415,10 @@ void AppState::rename(const Account& account, const std::string& name)
     rederive();
 }
 
-void AppState::reorder(const std::vector<std::string>& orderedIds)
+void AppState::reorder(const std::vector<std::size_t>& fromOffsets, std::size_t toOffset)
 {
-    m_parts.store.reorder(orderedIds);
+    const auto moved = AccountList::moved(AccountList::ordered(m_accounts), fromOffsets, toOffset);
+    m_parts.store.reorder(idsOf(moved));
     rederive();
 }
 
@@ -435,25 +448,23 @@ Task<> AppState::setServiceOverride(std::string id, std::optional<std::string> s
 
 void AppState::setMenuBarMode(MenuBarMode mode)
 {
-    if (mode == m_menuBarMode)
-        return;
-    m_menuBarMode = mode;
-    updatePreferences([&](Preferences& preferences) { preferences.menuBarMode = mode; });
+    if (mode != m_menuBarMode)
+        updatePreferences([&](Preferences& preferences) { preferences.menuBarMode = mode; });
 }
 
 void AppState::setUserInterval(double seconds)
 {
     updatePreferences([&](Preferences& preferences) { preferences.userInterval = seconds; });
-    m_userInterval = preferences().userInterval;
-    recomputeEffectiveInterval(m_parts.clock.now());
 }
 
 void AppState::updatePreferences(const std::function<void(Preferences&)>& change)
 {
     Preferences changed = preferences();
     change(changed);
-    m_parts.preferences.save(changed);
-    m_notice.announce();
+    const Preferences kept = m_parts.preferences.save(changed);
+    m_menuBarMode = kept.menuBarMode;
+    m_userInterval = kept.userInterval;
+    recomputeEffectiveInterval(m_parts.clock.now()); // announces
 }
 
 // --- What is shown

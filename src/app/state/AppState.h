@@ -2,7 +2,7 @@
 
 #include "accounts/AccountStore.h"
 #include "accounts/DiscoveredFacts.h"
-#include "accounts/SharedAccountsStore.h"
+#include "accounts/SharedIdentity.h"
 #include "app/state/AccountUsageState.h"
 #include "app/state/ChangeNotice.h"
 #include "async/Task.h"
@@ -32,7 +32,8 @@ public:
         Clock& clock;
         AccountStore& store;
         PreferencesStore& preferences;
-        const SharedAccountsStore& sharedAccounts;
+        // What the shared accounts file holds now.
+        std::function<Task<SharedIdentities>()> loadSharedIdentities;
         UsagePipeline& pipeline;
         UsageStores& stores;
         Serial<PollerHeartbeatStore>& heartbeat;
@@ -69,7 +70,8 @@ public:
     void setTracked(const std::string& id, bool tracked);
     void setPinned(const std::string& id, bool pinned);
     void rename(const Account& account, const std::string& name); // blank changes nothing
-    void reorder(const std::vector<std::string>& orderedIds);
+    // Moves the accounts at these places of AccountList::ordered in front of the one at `toOffset`.
+    void reorder(const std::vector<std::size_t>& fromOffsets, std::size_t toOffset);
     void remove(const Account& account);
     [[nodiscard]] Task<> restore(std::string configDir);
     [[nodiscard]] Task<> upsertManual(std::string configDir,
@@ -115,8 +117,8 @@ private:
     [[nodiscard]] std::vector<Account> rotation(Instant now) const;
     [[nodiscard]] std::vector<Account> manualTargets(Instant now) const;
     void rederive();
-    [[nodiscard]] Task<> prune();
-    [[nodiscard]] Task<> claimHeartbeatIfProducing(Instant now);
+    [[nodiscard]] Task<> prune(std::vector<std::string> looked);
+    void claimHeartbeatIfProducing(Instant now);
     [[nodiscard]] Task<std::optional<double>> foreignCoverageWindow(Instant now);
     [[nodiscard]] Task<> fetchAndApply(FetchRequest request, std::chrono::milliseconds delay);
     [[nodiscard]] FetchRequest requestFor(const Account& target, bool manual,
@@ -136,6 +138,7 @@ private:
     std::map<std::string, History> m_historyByDir;
     ResetAnchors m_resetAnchorsByDir;
     std::vector<DiscoveredFacts> m_lastFacts;                     // of the last scan that went well
+    SharedIdentities m_sharedIdentities;                          // as that scan found them
     std::map<std::string, Instant> m_staggerLastAttempt;          // by account id
     std::map<std::string, int> m_parseFailStreak;                 // by account id
     std::map<std::string, FileStore::Fingerprint> m_historyFiles; // as they were when read

@@ -1,6 +1,7 @@
 #include "app/state/Poller.h"
 
 #include "app/state/AccountList.h"
+#include "async/OrEnd.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,7 +38,7 @@ void Poller::startLoop(bool immediate)
     if (!m_parts.isOnline())
         return;
     m_isRunning = true;
-    m_current = begin(m_loop, immediate);
+    m_current = orEnd(begin(m_loop, immediate));
 }
 
 void Poller::stopLoop()
@@ -75,7 +76,7 @@ void Poller::scheduleNext(int loop)
     const double seconds =
         m_parts.appState.slotInterval(m_parts.clock.now()) * (1.0 + m_parts.jitter());
     const std::chrono::milliseconds delay(std::llround(seconds * 1000));
-    m_next = m_parts.clock.after(delay, [this, loop] { m_current = tickAndGoOn(loop); });
+    m_next = m_parts.clock.after(delay, [this, loop] { m_current = orEnd(tickAndGoOn(loop)); });
 }
 
 Task<> Poller::tick(bool full)

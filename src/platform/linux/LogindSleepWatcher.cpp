@@ -1,8 +1,12 @@
 #include "platform/linux/LogindSleepWatcher.h"
 
 #include "base/Log.h"
+#include "platform/linux/SystemBus.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 
 #include <ctime>
 
@@ -21,6 +25,9 @@ std::chrono::milliseconds timeOf(clockid_t clock)
         std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
+const auto logindName = QStringLiteral("org.freedesktop.login1");
+const auto busName = QStringLiteral("org.freedesktop.DBus");
+
 QString connectionName(const LogindSleepWatcher* watcher)
 {
     return QStringLiteral("vellumor-sleep-%1").arg(reinterpret_cast<quintptr>(watcher));
@@ -28,9 +35,10 @@ QString connectionName(const LogindSleepWatcher* watcher)
 
 } // namespace
 
-LogindSleepWatcher::LogindSleepWatcher(std::string busAddress, Clock& clock,
+LogindSleepWatcher::LogindSleepWatcher(Worker& worker, std::string busAddress, Clock& clock,
                                        std::function<Uptime()> uptime)
-    : m_busAddress(std::move(busAddress))
+    : m_worker(worker)
+    , m_busAddress(std::move(busAddress))
     , m_clock(clock)
     , m_uptime(std::move(uptime))
 {
@@ -50,15 +58,24 @@ void LogindSleepWatcher::start(std::function<void()> willSleep, std::function<vo
 {
     m_willSleep = std::move(willSleep);
     m_didWake = std::move(didWake);
-    if (listen())
-        return;
-    log(Tag::poller, "no system bus — a sleep is noticed by its length only");
-    const Uptime now = m_uptime();
-    m_slept = now.withSleep - now.withoutSleep;
-    m_nextLook = m_clock.after(lookInterval, [this] { lookAtClocks(); });
+    m_begun = begin(this, m_worker);
 }
 
-// The match stands whether or not logind is there yet, so nothing is asked and nobody waited for.
+Task<> LogindSleepWatcher::begin(QPointer<LogindSleepWatcher> self, Worker& worker)
+{
+    auto look = [address = self->m_busAddress] { return SystemBus::isSilent(address); };
+    const bool isSilent = co_await worker.run(std::move(look));
+    if (!self)
+        co_return;
+    if (!isSilent && self->listen()) {
+        self->askForLogind();
+        co_return;
+    }
+    log(Tag::poller, "no system bus — a sleep is noticed by its length only");
+    self->relyOnLogind(false);
+}
+
+// The match stands whether or not logind is there yet.
 bool LogindSleepWatcher::listen()
 {
     const auto name = connectionName(this);
@@ -66,18 +83,61 @@ bool LogindSleepWatcher::listen()
                    ? QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)
                    : QDBusConnection::connectToBus(QString::fromStdString(m_busAddress), name);
     return bus.isConnected() &&
-           bus.connect(QStringLiteral("org.freedesktop.login1"),
-                       QStringLiteral("/org/freedesktop/login1"),
+           bus.connect(logindName, QStringLiteral("/org/freedesktop/login1"),
                        QStringLiteral("org.freedesktop.login1.Manager"),
-                       QStringLiteral("PrepareForSleep"), this, SLOT(onPrepareForSleep(bool)));
+                       QStringLiteral("PrepareForSleep"), this, SLOT(onPrepareForSleep(bool))) &&
+           bus.connect(busName, QStringLiteral("/org/freedesktop/DBus"), busName,
+                       QStringLiteral("NameOwnerChanged"), {logindName}, QString(), this,
+                       SLOT(onOwnerChanged(QString, QString, QString))) &&
+           bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                       this, SLOT(onBusLost()));
+}
+
+void LogindSleepWatcher::askForLogind()
+{
+    auto question = QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"),
+                                                   busName, QStringLiteral("NameHasOwner"));
+    question.setArguments({logindName});
+    auto* const waiting = new QDBusPendingCallWatcher(
+        QDBusConnection(connectionName(this)).asyncCall(question), this);
+    connect(waiting, &QDBusPendingCallWatcher::finished, this, [this, waiting] {
+        const QDBusPendingReply<bool> isThere = *waiting;
+        waiting->deleteLater();
+        relyOnLogind(!isThere.isError() && isThere.value());
+    });
+}
+
+// Nothing runs as long as there is somebody who tells.
+void LogindSleepWatcher::relyOnLogind(bool isThere)
+{
+    m_nextLook.reset();
+    if (isThere)
+        return;
+    const Uptime now = m_uptime();
+    m_slept = now.withSleep - now.withoutSleep;
+    m_nextLook = m_clock.after(lookInterval, [this] { lookAtClocks(); });
 }
 
 void LogindSleepWatcher::onPrepareForSleep(bool isBeginning)
 {
+    m_isGoingToSleep = isBeginning;
     if (isBeginning)
         m_willSleep();
     else
         m_didWake();
+}
+
+void LogindSleepWatcher::onOwnerChanged(const QString&, const QString&, const QString& now)
+{
+    relyOnLogind(!now.isEmpty());
+    if (m_isGoingToSleep) // nobody is left who would tell its end
+        onPrepareForSleep(false);
+}
+
+void LogindSleepWatcher::onBusLost()
+{
+    onOwnerChanged({}, {}, {});
 }
 
 void LogindSleepWatcher::lookAtClocks()

@@ -1,5 +1,7 @@
 #include "platform/linux/QtPathMonitor.h"
 
+#include "platform/linux/SystemBus.h"
+
 #include <utility>
 
 namespace vellumor {
@@ -10,22 +12,38 @@ bool isSatisfied(QNetworkInformation::Reachability reachability)
     return reachability != Reachability::Disconnected && reachability != Reachability::Local;
 }
 
+QtPathMonitor::QtPathMonitor(Worker& worker, std::string systemBusAddress)
+    : m_worker(worker)
+    , m_systemBusAddress(std::move(systemBusAddress))
+{
+}
+
 void QtPathMonitor::start(std::function<void(bool satisfied)> onUpdate)
 {
     m_onUpdate = std::move(onUpdate);
-    const bool known =
-        QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability);
-    if (known) {
-        QObject::connect(
-            QNetworkInformation::instance(), &QNetworkInformation::reachabilityChanged, &m_life,
-            [this](QNetworkInformation::Reachability now) { m_onUpdate(isSatisfied(now)); });
+    m_begun = begin(&m_life, *this);
+}
+
+Task<> QtPathMonitor::begin(QPointer<QObject> life, QtPathMonitor& monitor)
+{
+    auto look = [address = monitor.m_systemBusAddress] { return SystemBus::isSilent(address); };
+    const bool isSilent = co_await monitor.m_worker.run(std::move(look));
+    if (life)
+        monitor.listen(!isSilent);
+}
+
+void QtPathMonitor::listen(bool mayAsk)
+{
+    using Reachability = QNetworkInformation::Reachability;
+    if (!mayAsk ||
+        !QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability)) {
+        m_onUpdate(true);
+        return;
     }
-    QMetaObject::invokeMethod(
-        &m_life,
-        [this, known] {
-            m_onUpdate(!known || isSatisfied(QNetworkInformation::instance()->reachability()));
-        },
-        Qt::QueuedConnection);
+    auto* const system = QNetworkInformation::instance();
+    QObject::connect(system, &QNetworkInformation::reachabilityChanged, &m_life,
+                     [this](Reachability now) { m_onUpdate(isSatisfied(now)); });
+    m_onUpdate(isSatisfied(system->reachability()));
 }
 
 } // namespace vellumor

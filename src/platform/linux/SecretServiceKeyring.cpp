@@ -1,5 +1,6 @@
 #include "platform/linux/SecretServiceKeyring.h"
 
+#include "platform/linux/GioCall.h"
 #include "platform/linux/SessionBus.h"
 
 #include "base/Text.h"
@@ -8,13 +9,10 @@
 #include <libsecret/secret.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string_view>
-#include <thread>
 
 namespace vellumor {
 
@@ -23,16 +21,10 @@ namespace {
 constexpr const char* serviceName = "org.freedesktop.secrets";
 constexpr const char* serviceAttribute = "service";
 
-template <auto release>
-using Releases = decltype([](auto* handle) { release(handle); });
-
-template <typename T>
-using Object = std::unique_ptr<T, Releases<g_object_unref>>;
 using Variant = std::unique_ptr<GVariant, Releases<g_variant_unref>>;
 using Table = std::unique_ptr<GHashTable, Releases<g_hash_table_unref>>;
 using Schema = std::unique_ptr<SecretSchema, Releases<secret_schema_unref>>;
 using Value = std::unique_ptr<SecretValue, Releases<secret_value_unref>>;
-using Error = std::unique_ptr<GError, Releases<g_error_free>>;
 using ObjectList =
     std::unique_ptr<GList, decltype([](GList* list) { g_list_free_full(list, g_object_unref); })>;
 
@@ -42,57 +34,6 @@ void forEach(const ObjectList& list, Visit visit)
     for (GList* node = list.get(); node != nullptr; node = node->next)
         visit(static_cast<T*>(node->data));
 }
-
-// Cancels a call that takes too long. The libraries' own time-outs hold for one message, and not
-// for all of those that they send unasked.
-class Deadline {
-public:
-    explicit Deadline(std::chrono::milliseconds timeout)
-        : m_cancellable(g_cancellable_new())
-        , m_watch([this, timeout](const std::stop_token& stop) { watch(stop, timeout); })
-    {
-    }
-
-    [[nodiscard]] GCancellable* cancellable() const { return m_cancellable.get(); }
-    [[nodiscard]] bool passed() const { return g_cancellable_is_cancelled(cancellable()) != FALSE; }
-
-private:
-    void watch(const std::stop_token& stop, std::chrono::milliseconds timeout)
-    {
-        std::unique_lock lock(m_mutex);
-        m_waiting.wait_for(lock, stop, timeout, [] { return false; });
-        if (!stop.stop_requested())
-            g_cancellable_cancel(cancellable());
-    }
-
-    Object<GCancellable> m_cancellable;
-    std::mutex m_mutex;
-    std::condition_variable_any m_waiting;
-    std::jthread m_watch; // ends before what it uses does
-};
-
-// Where the libraries leave what they have to do later. In the default context it would pile up, as
-// nobody need run that one; this one is emptied and goes away with the call.
-class CallContext {
-public:
-    CallContext()
-        : m_context(g_main_context_new())
-    {
-        g_main_context_push_thread_default(m_context);
-    }
-    CallContext(const CallContext&) = delete;
-    CallContext& operator=(const CallContext&) = delete;
-    ~CallContext()
-    {
-        while (g_main_context_iteration(m_context, FALSE) != FALSE) {
-        }
-        g_main_context_pop_thread_default(m_context);
-        g_main_context_unref(m_context);
-    }
-
-private:
-    GMainContext* m_context;
-};
 
 // The library binds its service to the name and to the process's one connection, by changing the
 // properties that a new object is given. This kind leaves them as they are.

@@ -2,6 +2,7 @@
 
 #include "app/state/AppState.h"
 #include "support/FakeClock.h"
+#include "support/PassWorker.h"
 #include "support/TempFolder.h"
 #include "usage/FakeCollaborators.h"
 
@@ -29,8 +30,8 @@ struct AppWorld {
     Serial<PollerHeartbeatStore> heartbeat{worker, files, folders.quorle() + "/poller.json"};
     DiscoveryResult found;
     int scans = 0;
-    AppState state{{clock, store, preferences, sharedAccounts, pipeline, stores, heartbeat,
-                    [this](DiscoveryInputs) { return scan(); },
+    AppState state{{clock, store, preferences, [this] { return loadShared(); }, pipeline, stores,
+                    heartbeat, [this](DiscoveryInputs) { return scan(); },
                     [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); }}};
 
     AppWorld() { others.results = {reading(40, clock.now())}; }
@@ -51,7 +52,7 @@ struct AppWorld {
     void settle()
     {
         for (int i = 0; i < 60; ++i) {
-            QCoro::waitFor(passWorker());
+            passWorker(worker);
             clock.advance(std::chrono::milliseconds(0));
         }
     }
@@ -102,10 +103,10 @@ private:
         }
         co_return there;
     }
-    Task<> passWorker()
+    Task<SharedIdentities> loadShared()
     {
-        auto nothing = [] {};
-        co_await worker.run(std::move(nothing));
+        auto identities = sharedAccounts.load();
+        co_return identities;
     }
 };
 

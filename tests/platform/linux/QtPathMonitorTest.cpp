@@ -1,5 +1,7 @@
 #include "platform/linux/QtPathMonitor.h"
 
+#include "support/PassWorker.h"
+
 #include <QCoreApplication>
 
 #include <gtest/gtest.h>
@@ -22,8 +24,12 @@ protected:
     {
         m_monitor->start([this](bool satisfied) { m_updates.push_back(satisfied); });
     }
+    // Lets it find out about the bus.
+    void settle() { test::passWorker(m_worker); }
 
-    std::unique_ptr<QtPathMonitor> m_monitor = std::make_unique<QtPathMonitor>();
+    Worker m_worker;
+    std::unique_ptr<QtPathMonitor> m_monitor =
+        std::make_unique<QtPathMonitor>(m_worker, "disabled:");
     std::vector<bool> m_updates;
 };
 
@@ -40,7 +46,7 @@ TEST_F(QtPathMonitorTest, tellsThePresentStateOnceAndNotBeforeStartHasReturned)
 {
     start();
     EXPECT_TRUE(m_updates.empty());
-    QCoreApplication::sendPostedEvents();
+    settle();
     ASSERT_NE(QNetworkInformation::instance(), nullptr);
     const bool present = isSatisfied(QNetworkInformation::instance()->reachability());
     EXPECT_EQ(m_updates, std::vector<bool>{present});
@@ -49,7 +55,7 @@ TEST_F(QtPathMonitorTest, tellsThePresentStateOnceAndNotBeforeStartHasReturned)
 TEST_F(QtPathMonitorTest, tellsEveryChangeOfTheSystem)
 {
     start();
-    QCoreApplication::sendPostedEvents();
+    settle();
     m_updates.clear();
     QNetworkInformation* system = QNetworkInformation::instance();
     ASSERT_NE(system, nullptr);
@@ -63,10 +69,19 @@ TEST_F(QtPathMonitorTest, tellsEveryChangeOfTheSystem)
 TEST_F(QtPathMonitorTest, callsNothingBackOnceItIsGone)
 {
     start();
+    settle();
+    m_updates.clear();
     m_monitor.reset();
-    QCoreApplication::sendPostedEvents();
     ASSERT_NE(QNetworkInformation::instance(), nullptr);
     emit QNetworkInformation::instance()->reachabilityChanged(Reachability::Disconnected);
+    EXPECT_TRUE(m_updates.empty());
+}
+
+TEST_F(QtPathMonitorTest, oneThatGoesWhileItLooksForTheBusCallsNothingBack)
+{
+    start();
+    m_monitor.reset();
+    settle();
     EXPECT_TRUE(m_updates.empty());
 }
 
@@ -80,7 +95,7 @@ TEST_F(QtPathMonitorDeathTest, withoutABackendThePathCountsAsSatisfied)
         QCoreApplication::setLibraryPaths({});
         start();
         const bool early = !m_updates.empty();
-        QCoreApplication::sendPostedEvents();
+        settle();
         const bool isRight = QNetworkInformation::instance() == nullptr && !early &&
                              m_updates == std::vector<bool>{true};
         std::_Exit(isRight ? 0 : 1);

@@ -255,7 +255,7 @@ TEST_F(QtProcessRunnerTest, aChildInheritsNoOpenFileOfTheProgram)
 TEST_F(QtProcessRunnerTest, aChildThatFloodsItsOutputCostsNoMoreMemoryThanTheLimit)
 {
     constexpr long allowed = 64L * 1024; // in KiB
-    const auto peak = [] { // in KiB
+    const auto peak = [] {               // in KiB
         const std::string status = test::contentsOf("/proc/self/status");
         return std::stol(status.substr(status.find("VmHWM:") + 6));
     };

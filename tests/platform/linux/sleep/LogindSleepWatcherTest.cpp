@@ -1,6 +1,7 @@
 #include "platform/linux/LogindSleepWatcher.h"
 
 #include "support/FakeClock.h"
+#include "support/PassWorker.h"
 #include "support/TempFolder.h"
 #include "support/private_bus/PrivateBus.h"
 
@@ -24,14 +25,17 @@ using Calls = std::vector<std::string>;
 struct LogindSleepWatcherTest : testing::Test {
     TempFolder folder;
     FakeClock clock;
+    Worker worker;
     LogindSleepWatcher::Uptime uptime{1000s, 900s};
     Calls calls;
 
     std::unique_ptr<LogindSleepWatcher> watcher(const std::string& address)
     {
-        auto made = std::make_unique<LogindSleepWatcher>(address, clock, [this] { return uptime; });
+        auto made =
+            std::make_unique<LogindSleepWatcher>(worker, address, clock, [this] { return uptime; });
         made->start([this] { calls.emplace_back("sleep"); },
                     [this] { calls.emplace_back("wake"); });
+        test::passWorker(worker);
         return made;
     }
     // False when they have not come within ten seconds.
