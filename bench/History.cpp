@@ -37,7 +37,8 @@ Usage reading(int minute)
 class FullWeek {
 public:
     explicit FullWeek(const std::string& folder)
-        : m_store(m_files, folder)
+        : m_folder(folder)
+        , m_store(m_files, folder)
         , m_path(AccountFiles::path(folder, configDir))
     {
         UsageSamples samples;
@@ -53,7 +54,7 @@ public:
     }
     [[nodiscard]] UsageSamples load() const
     {
-        UsageSamples samples = m_store.load(configDir);
+        UsageSamples samples = UsageHistoryStore::loadFrom(m_folder, configDir);
         if (samples.size() < samplesOfAWeek)
             std::abort();
         return samples;
@@ -68,6 +69,7 @@ private:
     }
 
     FileStore m_files;
+    std::string m_folder;
     UsageHistoryStore m_store;
     std::string m_path;
     int m_minute = 0;

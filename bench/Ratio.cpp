@@ -1,20 +1,26 @@
 #include "Ratio.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 
 namespace vellumor::bench {
 
 namespace {
 
-double microsecondsOf(const std::function<void()>& action, int calls)
+double microsecondsNow(clockid_t clock)
 {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < calls; ++i)
+    timespec time{};
+    ::clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
+}
+
+double microsecondsOf(const std::function<void()>& action, const Comparison& comparison)
+{
+    const clockid_t clock = comparison.isCpuTime ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC;
+    const double start = microsecondsNow(clock);
+    for (int i = 0; i < comparison.callsARound; ++i)
         action();
-    const std::chrono::duration<double, std::micro> taken =
-        std::chrono::steady_clock::now() - start;
-    return taken.count() / calls;
+    return (microsecondsNow(clock) - start) / comparison.callsARound;
 }
 
 double medianOf(std::vector<double> values)
@@ -33,8 +39,8 @@ Medians measure(const Comparison& comparison)
     std::vector<double> ours;
     std::vector<double> bare;
     for (int round = 0; round < comparison.rounds; ++round) {
-        ours.push_back(microsecondsOf(comparison.ours, comparison.callsARound));
-        bare.push_back(microsecondsOf(comparison.bare, comparison.callsARound));
+        ours.push_back(microsecondsOf(comparison.ours, comparison));
+        bare.push_back(microsecondsOf(comparison.bare, comparison));
     }
     return {medianOf(std::move(ours)), medianOf(std::move(bare))};
 }

@@ -11,9 +11,10 @@ struct Comparison {
     std::string name;
     std::function<void()> ours;
     std::function<void()> bare;
-    int rounds = 0;      // how often each is timed; they take turns
-    int callsARound = 1; // so many calls are timed together, since one may be too short
-    double limit = 0;    // the highest ratio that is good
+    int rounds = 0;         // how often each is timed; they take turns
+    int callsARound = 1;    // so many calls are timed together, since one may be too short
+    double limit = 0;       // the highest ratio that is good
+    bool isCpuTime = false; // of all threads, in place of the time that passes
 };
 
 struct Medians {
@@ -33,5 +34,6 @@ void writeBare(const std::string& folder, const std::string& bytes);
 [[nodiscard]] std::vector<Comparison> fileWriting(const std::string& folder);
 [[nodiscard]] std::vector<Comparison> usageHistory(const std::string& folder);
 [[nodiscard]] std::vector<Comparison> accountDiscovery(const std::string& folder);
+[[nodiscard]] std::vector<Comparison> tick();
 
 } // namespace vellumor::bench

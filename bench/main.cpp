@@ -5,6 +5,9 @@
 
 #include <fmt/core.h>
 
+#include <QCoreApplication>
+
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -28,9 +31,9 @@ std::vector<bench::Comparison> allComparisons(const std::string& scratch)
     std::vector<bench::Comparison> all;
     for (const std::string name : {"files", "history", "home"})
         std::filesystem::create_directory(scratch + "/" + name);
-    for (auto& group :
-         {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
-          bench::usageHistory(scratch + "/history"), bench::accountDiscovery(scratch + "/home")})
+    for (auto& group : {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
+                        bench::usageHistory(scratch + "/history"),
+                        bench::accountDiscovery(scratch + "/home"), bench::tick()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -44,6 +47,9 @@ int main(int argc, char** argv)
         fmt::print(stderr, "usage: vellumor_bench [--check]\n");
         return 2;
     }
+    const QCoreApplication application(argc, argv);
+    if (std::freopen("/dev/null", "w", stderr) == nullptr) // for what the program has to say
+        return 2;
     const std::string scratch = scratchFolder();
     bool isGood = true;
     fmt::print("{:<42} {:>12} {:>12} {:>7} {:>7}\n", "", "ours", "bare", "ratio", "limit");

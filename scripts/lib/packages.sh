@@ -6,10 +6,12 @@ packages_build=(
     qt6-base-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
     libre2-dev libsecret-1-dev
 )
+packages_soak=(faketime python3)
+packages_idle=(dbus-daemon libglib2.0-bin python3 python3-dbusmock)
 packages_world=(dbus dbus-bin dbus-daemon gnome-keyring libsecret-tools libglib2.0-bin)
 packages_test=(
-    "${packages_world[@]}"
-    libgtest-dev libbenchmark-dev openssl python3 python3-gi python3-dbus git procps zsh
+    "${packages_world[@]}" "${packages_soak[@]}" "${packages_idle[@]}"
+    libgtest-dev libbenchmark-dev openssl python3-gi python3-dbus git procps zsh
     clang libclang-rt-14-dev clang-format clang-tidy-16
 )
 packages_fuzz=(clang libclang-rt-14-dev)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "history/ResetAnchor.h"
+#include "history/UsageSample.h"
 #include "usage/caches/VscodeStatusCache.h"
 #include "usage/model/UsageCacheFile.h"
 
@@ -13,6 +14,7 @@ struct AccountCaches {
     std::optional<UsageCacheFile> shared;
     std::optional<VscodeStatusCache::Snapshot> vscode;
     AnchorsByKind anchors;
+    UsageSamples history;
 };
 
 } // namespace vellumor

@@ -65,7 +65,7 @@ Task<> Diagnostics::printAccount(DiscoveredFacts facts, AccountCaches caches,
     account.resolvedService = facts.resolvedService;
     account.tokenStatus = facts.tokenStatus;
     const FetchResult result = co_await m_client.fetch(std::move(account));
-    m_print(ReportText::usage(result, m_clock.now(), *redaction));
+    m_print(ReportText::usage(result, caches.history, m_clock.now(), *redaction));
 }
 
 } // namespace vellumor

@@ -2,6 +2,7 @@
 
 #include "accounts/AccountDiscovery.h"
 #include "history/ResetAnchorStore.h"
+#include "history/UsageHistoryStore.h"
 #include "store/FileReader.h"
 #include "store/FileStore.h"
 #include "store/PreferencesStore.h"
@@ -71,7 +72,8 @@ void readCaches(Findings& findings, const Folders& folders)
     for (const DiscoveredFacts& facts : findings.accounts) {
         const std::string& dir = facts.configDir;
         findings.caches[dir] = {SharedCache::readFrom(folders.quorle() + "/usage-cache", dir),
-                                VscodeStatusCache::read(dir), std::move(anchors[dir])};
+                                VscodeStatusCache::read(dir), std::move(anchors[dir]),
+                                UsageHistoryStore::loadFrom(folders.vellumor() + "/history", dir)};
     }
 }
 

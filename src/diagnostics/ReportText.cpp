@@ -3,6 +3,7 @@
 #include "base/Format.h"
 #include "base/IntervalDisplay.h"
 #include "base/Version.h"
+#include "history/Projection.h"
 #include "usage/UsagePipeline.h"
 
 #include <fmt/format.h>
@@ -89,7 +90,23 @@ std::string extraLine(const ExtraUsage& extra)
         flag(extra.spendLimitReached), flag(extra.creditsEverEnabled));
 }
 
-std::string readingText(const Usage& usage, Instant now, const Redaction& redaction)
+// What the pace of the windows alone leads to, and what that of the last hour does.
+std::string forecastLine(const Usage& usage, const UsageSamples& history, Instant now,
+                         const Redaction& redaction)
+{
+    const auto summaryOf = [&](const UsageSamples& samples) {
+        const auto projection = Projection::evaluate(usage.windows, samples, now);
+        return projection ? redaction.shown(projection->summary(now)) : std::string("none");
+    };
+    const std::string stateless = summaryOf({});
+    const std::string recent = summaryOf(history);
+    const std::string more =
+        recent == stateless ? " (no recency coverage or no change)" : " · with history " + recent;
+    return "    project  : stateless=" + stateless + more + "\n";
+}
+
+std::string readingText(const Usage& usage, const UsageSamples& history, Instant now,
+                        const Redaction& redaction)
 {
     std::string text;
     for (const LimitWindow& window : usage.windows)
@@ -98,7 +115,7 @@ std::string readingText(const Usage& usage, Instant now, const Redaction& redact
         text += "    usage    : (no windows returned)\n";
     if (usage.extraUsage)
         text += extraLine(*usage.extraUsage);
-    return text + "    project  : stateless=none (no recency coverage or no change)\n";
+    return text + forecastLine(usage, history, now, redaction);
 }
 
 std::string sharedLine(const std::optional<UsageCacheFile>& shared, Instant now)
@@ -226,12 +243,13 @@ std::string usageSkipped(TokenStatus status)
     return fmt::format("    usage    : (skipped — token {})\n", name(status));
 }
 
-std::string usage(const FetchResult& result, Instant now, const Redaction& redaction)
+std::string usage(const FetchResult& result, const UsageSamples& history, Instant now,
+                  const Redaction& redaction)
 {
     if (const auto* error = std::get_if<UsageFetchError>(&result))
         return fmt::format("    usage    : FETCH FAILED — {}\n",
                            redaction.shown(error->description()));
-    return readingText(std::get<Usage>(result), now, redaction);
+    return readingText(std::get<Usage>(result), history, now, redaction);
 }
 
 std::string unmatchedHeading(std::size_t count)

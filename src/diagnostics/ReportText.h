@@ -40,9 +40,11 @@ namespace vellumor::ReportText {
 [[nodiscard]] std::string caches(const AccountCaches& caches, Instant now,
                                  const Redaction& redaction);
 
-// What the endpoint said about an account, or why it was not asked.
+// What the endpoint said about an account and what its pace leads to, without and with the history,
+// or why it was not asked.
 [[nodiscard]] std::string usageSkipped(TokenStatus status);
-[[nodiscard]] std::string usage(const FetchResult& result, Instant now, const Redaction& redaction);
+[[nodiscard]] std::string usage(const FetchResult& result, const UsageSamples& history, Instant now,
+                                const Redaction& redaction);
 
 [[nodiscard]] std::string unmatchedHeading(std::size_t count);
 [[nodiscard]] std::string stagger(double userInterval, int pollable);

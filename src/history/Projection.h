@@ -4,6 +4,7 @@
 #include "history/UsageSample.h"
 #include "usage/model/LimitWindow.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,6 +71,14 @@ struct Projection {
                                                         std::string_view kind, Instant now);
     // Percent a second, never negative; what lies 900 seconds back weighs half.
     [[nodiscard]] static double ewmaRate(const Run& run, Instant now);
+
+    // "on pace for ~40% by reset", "on pace to hit the limit ~4:30 PM", and of another day "…
+    // ~Friday 4:30 PM", the weekday always in English. `shortTime` gives a moment's hour and minute
+    // as the user writes them; the days are those of the local time zone.
+    [[nodiscard]] std::string phrase(Instant now,
+                                     const std::function<std::string(Instant)>& shortTime) const;
+    // For the report: "Session ~40% by reset", "Weekly limit in 3h 5m".
+    [[nodiscard]] std::string summary(Instant now) const;
 };
 
 } // namespace vellumor

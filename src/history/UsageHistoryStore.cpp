@@ -28,34 +28,38 @@ UsageHistoryStore::UsageHistoryStore(const FileStore& files, std::string dir)
 
 void UsageHistoryStore::append(const Usage& usage, const std::string& configDir, Instant now)
 {
-    UsageSamples samples = load(configDir);
+    const Shared present = load(configDir);
     UsageSample sample = UsageSample::of(usage);
-    if (!samples.empty() && isSameMoment(samples.back().at, sample.at))
+    if (!present->empty() && isSameMoment(present->back().at, sample.at))
         return;
+    UsageSamples samples;
+    samples.reserve(present->size() + 1);
+    samples = *present;
     samples.push_back(std::move(sample));
-    if (const auto bytes = encodeSamples(trim(std::move(samples), now, retention)))
-        m_files.write(*bytes, AccountFiles::path(m_dir, configDir));
+    samples = trim(std::move(samples), now, retention);
+    const std::string path = AccountFiles::path(m_dir, configDir);
+    const auto bytes = encodeSamples(samples);
+    if (bytes && m_files.write(*bytes, path))
+        m_known[path] = {m_files.fingerprint(path),
+                         std::make_shared<const UsageSamples>(std::move(samples))};
 }
 
-UsageSamples UsageHistoryStore::load(const std::string& configDir) const
+UsageHistoryStore::Shared UsageHistoryStore::load(const std::string& configDir)
 {
-    return loadFrom(m_dir, configDir);
-}
-
-UsageHistoryStore::Loaded
-UsageHistoryStore::loadUnless(const std::optional<FileStore::Fingerprint>& known,
-                              const std::string& configDir) const
-{
-    // Before the reading, so that a write in between is not missed the next time.
-    const auto file = m_files.fingerprint(AccountFiles::path(m_dir, configDir));
-    if (known == file)
-        return {file, std::nullopt};
-    return {file, load(configDir)};
+    // Taken before the reading, so that a write in between is not missed the next time.
+    const std::string path = AccountFiles::path(m_dir, configDir);
+    const auto file = m_files.fingerprint(path);
+    Known& known = m_known[path];
+    if (known.samples == nullptr || known.file != file)
+        known = {file, std::make_shared<const UsageSamples>(loadFrom(m_dir, configDir))};
+    return known.samples;
 }
 
 void UsageHistoryStore::prune(const std::vector<std::string>& keptConfigDirs)
 {
     AccountFiles::prune(m_dir, keptConfigDirs);
+    std::erase_if(m_known,
+                  [&](const auto& entry) { return !m_files.fingerprint(entry.first).exists; });
 }
 
 UsageSamples UsageHistoryStore::loadFrom(const std::string& dir, const std::string& configDir)

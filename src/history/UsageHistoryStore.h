@@ -3,17 +3,22 @@
 #include "history/UsageSample.h"
 #include "store/FileStore.h"
 
-#include <optional>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace vellumor {
 
-// The last seven days of every account's readings, one file an account. Keeps nothing in memory.
-// Knows no threads: one caller at a time, which Serial<> sees to. An unreadable file counts as
-// empty and heals at the next append; no failure is reported, since history is expendable.
+// The last seven days of every account's readings, one file an account. What was read or written
+// last is kept and shared with whoever asks, and read again only when the file has changed. Knows
+// no threads: one caller at a time, which Serial<> sees to; the samples that it gives may go
+// anywhere. An unreadable file counts as empty and heals at the next append; no failure is
+// reported, since history is expendable.
 class UsageHistoryStore {
 public:
+    using Shared = std::shared_ptr<const UsageSamples>; // never null
+
     static constexpr double retention = 604800.0; // seconds
 
     // Makes the folder. `files` outlives the store.
@@ -22,15 +27,8 @@ public:
     // Adds the reading's sample unless the last one is of the same moment, and drops what `now` has
     // left behind the retention.
     void append(const Usage& usage, const std::string& configDir, Instant now);
-    // The file as it stands, not trimmed.
-    [[nodiscard]] UsageSamples load(const std::string& configDir) const;
-    // What a reader keeps: the file's state when it was read, and its samples.
-    struct Loaded {
-        FileStore::Fingerprint file;
-        std::optional<UsageSamples> samples; // nothing when the file is as the reader knows it
-    };
-    [[nodiscard]] Loaded loadUnless(const std::optional<FileStore::Fingerprint>& known,
-                                    const std::string& configDir) const;
+    // The file as it stands, not trimmed. The same samples as before while it stands as before.
+    [[nodiscard]] Shared load(const std::string& configDir);
     // Forgets every other account.
     void prune(const std::vector<std::string>& keptConfigDirs);
 
@@ -42,8 +40,14 @@ public:
                                            double retentionSeconds);
 
 private:
+    struct Known {
+        FileStore::Fingerprint file; // as it was when these were read or written
+        Shared samples;
+    };
+
     const FileStore& m_files;
     std::string m_dir;
+    std::map<std::string, Known> m_known; // by path
 };
 
 } // namespace vellumor

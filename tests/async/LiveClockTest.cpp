@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace vellumor {
 namespace {
 
@@ -60,6 +62,24 @@ TEST(LiveClock, anAlarmMayBeDroppedByItsOwnCall)
     turnLoopUntil(called);
     EXPECT_TRUE(called);
     EXPECT_FALSE(alarm);
+}
+
+// What is counted in an int somewhere must not come out as next to nothing.
+TEST(LiveClock, whatLiesWeeksAheadIsNotDueNow)
+{
+    using std::chrono::milliseconds;
+    const milliseconds delays[] = {24h * 60, milliseconds((1LL << 31) + 1),
+                                   milliseconds((1LL << 32) + 1), milliseconds::max()};
+    LiveClock clock;
+    bool early = false;
+    std::vector<std::unique_ptr<Alarm>> alarms;
+    for (const auto delay : delays)
+        alarms.push_back(clock.after(delay, [&early] { early = true; }));
+    bool later = false;
+    const auto other = clock.after(40ms, [&later] { later = true; });
+    turnLoopUntil(later);
+    EXPECT_TRUE(later);
+    EXPECT_FALSE(early);
 }
 
 } // namespace

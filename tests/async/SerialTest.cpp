@@ -66,5 +66,16 @@ TEST(Serial, neverTouchesItsValueOnTheMainThread)
     EXPECT_NE(threads.front(), QThread::currentThread());
 }
 
+TEST(Serial, whatNobodyWaitsForIsDoneInItsTurnAllTheSame)
+{
+    Worker worker;
+    Serial<Counter> counter(worker, 0);
+    counter.post([](Counter& value) { value.add(5); });
+    EXPECT_EQ(QCoro::waitFor(addTo(counter, 1)), 6);
+    const auto threads = QCoro::waitFor(threadsOf(counter));
+    ASSERT_EQ(threads.size(), 2U);
+    EXPECT_EQ(threads[0], threads[1]);
+}
+
 } // namespace
 } // namespace vellumor

@@ -162,7 +162,7 @@ TEST(ReportText, usageTellsWhyItWasNotAskedOrFailed)
     EXPECT_EQ(ReportText::usageSkipped(TokenStatus::expired),
               "    usage    : (skipped — token expired)\n");
     const UsageFetchError unauthorized = {UsageFetchError::Kind::unauthorized, "", {}, 0};
-    EXPECT_EQ(ReportText::usage(unauthorized, now, redaction),
+    EXPECT_EQ(ReportText::usage(unauthorized, {}, now, redaction),
               "    usage    : FETCH FAILED — unauthorized (401) — token expired/invalid\n");
 }
 
@@ -173,17 +173,37 @@ TEST(ReportText, usageTellsEachWindowAndTheCredits)
         {"session", "session", 62.04, "normal", now + std::chrono::minutes(134), true, {}},
         {"weekly_all", "weekly", 100.0, "normal", std::nullopt, false, {}}};
     usage.extraUsage = ExtraUsage{true, 1250.0, "EUR", {}, 5000.0, {}, false, {}, {}};
-    EXPECT_EQ(ReportText::usage(usage, now, redaction),
-              "    usage    :  62.0%  resets in 2h 14m    Session\n"
-              "    usage    : 100.0%  no reset time       Weekly\n"
-              "    extra    : display=normal enabled=true used=1250.00 limit=5000.00 util=— "
-              "userDisabled=false spendLimitReached=— everEnabled=—\n"
-              "    project  : stateless=none (no recency coverage or no change)\n");
+    EXPECT_EQ(
+        ReportText::usage(usage, {}, now, redaction),
+        "    usage    :  62.0%  resets in 2h 14m    Session\n"
+        "    usage    : 100.0%  no reset time       Weekly\n"
+        "    extra    : display=normal enabled=true used=1250.00 limit=5000.00 util=— "
+        "userDisabled=false spendLimitReached=— everEnabled=—\n"
+        "    project  : stateless=Session limit in 1h 41m (no recency coverage or no change)\n");
+}
+
+TEST(ReportText, theForecastIsToldWithoutAndWithTheHistory)
+{
+    // Half of the session is over; in its last hour nothing was used any more.
+    Usage usage;
+    usage.windows = {
+        {"session", "session", 60.0, "normal", now + std::chrono::minutes(150), true, {}}};
+    UsageSamples history;
+    for (int i = 12; i >= 0; --i)
+        history.push_back({now - std::chrono::minutes(5 * i), {{"session", 60.0}}});
+    const auto lastLine = [&](const UsageSamples& samples) {
+        const std::string text = ReportText::usage(usage, samples, now, redaction);
+        return text.substr(text.rfind("    project"));
+    };
+    EXPECT_EQ(lastLine({}), "    project  : stateless=Session limit in 1h 40m"
+                            " (no recency coverage or no change)\n");
+    EXPECT_EQ(lastLine(history), "    project  : stateless=Session limit in 1h 40m"
+                                 " · with history Session ~95% by reset\n");
 }
 
 TEST(ReportText, aReadingWithoutWindowsSaysSo)
 {
-    EXPECT_EQ(ReportText::usage(Usage(), now, redaction),
+    EXPECT_EQ(ReportText::usage(Usage(), {}, now, redaction),
               "    usage    : (no windows returned)\n"
               "    project  : stateless=none (no recency coverage or no change)\n");
 }

@@ -137,6 +137,46 @@ TEST(ProjectionEvaluate, theRecentClimbWeighsSevenTenths)
     EXPECT_EQ(formOf(window), Projection::Form(OnPace{70})); // by the average alone
 }
 
+// A steep climb of fifty minutes, in which the window fell a little `fellAgo` seconds ago.
+UsageSamples climb(int fellAgo = 3000)
+{
+    std::vector<std::pair<int, double>> points;
+    for (int ago = 3000; ago >= 0; ago -= 300)
+        points.emplace_back(ago, 0.01 * (3000 - ago) + (ago > fellAgo ? 9 : 5));
+    return history(points);
+}
+
+TEST(ProjectionEvaluate, withoutARunOfFortyFiveMinutesTheAverageDecidesAlone)
+{
+    const LimitWindow window = session(35, seconds(9000));
+    const auto alone = Projection::candidates({window}, {}, now);
+    ASSERT_EQ(alone.size(), 1U);
+    ASSERT_NE(Projection::candidates({window}, climb(), now), alone); // a run would tell
+    EXPECT_EQ(Projection::candidates({window}, history({{0, 35}}), now), alone);
+    EXPECT_EQ(Projection::candidates({window}, climb(1200), now), alone); // it fell since
+}
+
+// The estimate is just full, which the rounding of the weights decides: 1 - 0.7 is a little more
+// than 0.3.
+TEST(ProjectionEvaluate, theWeightOfTheAverageIsWhatSevenTenthsLeave)
+{
+    const struct {
+        seconds sinceReset;
+        double percent;
+        double climbed;
+    } rows[] = {{seconds(3000), 19, 13.5},
+                {seconds(7200), 33, 18.625},
+                {seconds(9000), 41.25, 19.875},
+                {seconds(10800), 33.75, 31.875}};
+    for (const auto& [sinceReset, percent, climbed] : rows) {
+        SCOPED_TRACE(percent);
+        const UsageSamples run = history({{2700, percent - climbed}, {0, percent}});
+        const auto form = formOf(session(percent, sinceReset), run);
+        ASSERT_TRUE(form && std::holds_alternative<Eta>(*form));
+        EXPECT_EQ(std::get<Eta>(*form).moment, now + seconds(18000) - sinceReset);
+    }
+}
+
 TEST(ProjectionEvaluate, aCandidateTellsTheStraightLineToo)
 {
     const auto candidates = Projection::candidates({weekly(80, 0.5), weekly(30, 0.5)}, {}, now);
@@ -166,6 +206,31 @@ TEST(ProjectionEvaluate, theEarliestWallWinsThenTheFurthestThenTheFirst)
     const LimitWindow sooner = weekly(95, 0.6, "seven_day_sooner");
     EXPECT_EQ(winner({late, sooner}), "seven_day_sooner");
     EXPECT_EQ(winner({sooner, late}), "seven_day_sooner");
+}
+
+TEST(ProjectionEvaluate, theEarlierWallWinsThoughItsStraightLineIsTheSmaller)
+{
+    const LimitWindow soon = session(60, seconds(9000)); // full in 100 minutes
+    const LimitWindow later = weekly(90, 0.3);           // full in five hours and a half
+    const auto candidates = Projection::candidates({soon, later}, {}, now);
+    ASSERT_EQ(candidates.size(), 2U);
+    ASSERT_LT(candidates[0].wall, candidates[1].wall);
+    ASSERT_LT(candidates[0].projected, candidates[1].projected);
+    EXPECT_EQ(Projection::evaluate({soon, later}, {}, now).value().windowKind, "session");
+    EXPECT_EQ(Projection::evaluate({later, soon}, {}, now).value().windowKind, "session");
+}
+
+TEST(ProjectionEvaluate, aWallBeatsWhatGetsFurtherAndStandsFirst)
+{
+    const LimitWindow further = weekly(45, 0.5);
+    const LimitWindow full = session(35, seconds(9000));
+    const auto candidates = Projection::candidates({further, full}, climb(), now);
+    ASSERT_EQ(candidates.size(), 2U);
+    ASSERT_FALSE(candidates[0].wall);
+    ASSERT_TRUE(candidates[1].wall);
+    ASSERT_GT(candidates[0].projected, candidates[1].projected);
+    EXPECT_EQ(Projection::evaluate({further, full}, climb(), now).value().windowKind, "session");
+    EXPECT_EQ(Projection::evaluate({full, further}, climb(), now).value().windowKind, "session");
 }
 
 TEST(ProjectionTrailingRun, oneSampleOrNoneIsNoRun)
@@ -206,6 +271,16 @@ TEST(ProjectionTrailingRun, theUpperMedianOfTheSpacingsIsTheTypicalOne)
 {
     // Spacings 100, 100, 1300, 1300: the third counts, so holes up to 2600 are none.
     EXPECT_EQ(runLength(history({{2800, 1}, {1500, 2}, {200, 3}, {100, 4}, {0, 5}})), 5U);
+}
+
+TEST(ProjectionTrailingRun, samplesOfOneMomentDoNotMakeTheSpacingZero)
+{
+    std::vector<std::pair<int, double>> points;
+    for (int ago = 3600; ago >= 0; ago -= 300) {
+        for (int i = 0; i < 3; ++i) // two of three spacings are none
+            points.emplace_back(ago, 10);
+    }
+    EXPECT_EQ(runLength(history(points)), 28U); // nine moments, and the last sample of the tenth
 }
 
 TEST(ProjectionTrailingRun, aHistoryThatHasStoppedTellsNothing)

@@ -53,7 +53,7 @@ struct UsageHistoryStoreTest : testing::Test {
 TEST_F(UsageHistoryStoreTest, itMakesTheFolderAndNothingInIt)
 {
     EXPECT_EQ(test::modeOf(dir), 0700U);
-    EXPECT_EQ(store.load("/a"), UsageSamples());
+    EXPECT_EQ(*store.load("/a"), UsageSamples());
     EXPECT_EQ(test::namesIn(dir), Names());
 }
 
@@ -89,14 +89,14 @@ TEST_F(UsageHistoryStoreTest, aReadingIsAppendedToTheFileOfItsAccount)
     EXPECT_EQ(test::modeOf(path), 0600U);
     store.append(reading(now), "/b", now);
     EXPECT_EQ(test::namesIn(dir), (Names{"6a50dc85.json", "9812b0b9.json"}));
-    EXPECT_EQ(store.load("/a").size(), 2U);
-    EXPECT_EQ(store.load("/b"), UsageSamples{sample(now)});
+    EXPECT_EQ(store.load("/a")->size(), 2U);
+    EXPECT_EQ(*store.load("/b"), UsageSamples{sample(now)});
 }
 
 TEST_F(UsageHistoryStoreTest, aReadingWithoutWindowsIsASampleToo)
 {
     store.append(Usage{{}, std::nullopt, now}, "/a", now);
-    EXPECT_EQ(store.load("/a"), (UsageSamples{{now, {}}}));
+    EXPECT_EQ(*store.load("/a"), (UsageSamples{{now, {}}}));
 }
 
 TEST_F(UsageHistoryStoreTest, ofTwoWindowsOfOneKindTheLaterCounts)
@@ -104,14 +104,14 @@ TEST_F(UsageHistoryStoreTest, ofTwoWindowsOfOneKindTheLaterCounts)
     Usage usage = reading(now, 90);
     usage.windows.push_back(reading(now, 10).windows[0]);
     store.append(usage, "/a", now);
-    EXPECT_EQ(store.load("/a"), UsageSamples{sample(now, 10)});
+    EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now, 10)});
 }
 
 TEST_F(UsageHistoryStoreTest, aSecondReadingOfTheSameMomentLeavesTheFileByteForByte)
 {
     store.append(reading(now - retention), "/a", now);
     store.append(reading(now), "/a", now);
-    ASSERT_EQ(store.load("/a").size(), 2U);
+    ASSERT_EQ(store.load("/a")->size(), 2U);
     const test::FileState before = test::stateOf(path);
     store.append(reading(now), "/a", now);
     store.append(reading(now, 99), "/a", now + 1h);
@@ -144,14 +144,14 @@ TEST_F(UsageHistoryStoreTest, onlyTheLastSampleIsComparedAndNoSpacingIsAsked)
                                    sample(now + 1s)};
     for (const UsageSample& each : expected)
         store.append(reading(each.at), "/a", now);
-    EXPECT_EQ(store.load("/a"), expected);
+    EXPECT_EQ(*store.load("/a"), expected);
 }
 
 TEST_F(UsageHistoryStoreTest, aSampleAsOldAsTheRetentionSurvivesAndAnOlderOneDoesNot)
 {
     put({sample(now - retention - 1ms), sample(now - retention), sample(now - retention + 1ms)});
     store.append(reading(now), "/a", now);
-    EXPECT_EQ(store.load("/a"),
+    EXPECT_EQ(*store.load("/a"),
               (UsageSamples{sample(now - retention), sample(now - retention + 1ms), sample(now)}));
 }
 
@@ -159,9 +159,9 @@ TEST_F(UsageHistoryStoreTest, theCallersTimeTrimsAndNotThatOfTheReading)
 {
     put({sample(now - retention)});
     store.append(reading(now + 1h), "/a", now);
-    EXPECT_EQ(store.load("/a").size(), 2U);
+    EXPECT_EQ(store.load("/a")->size(), 2U);
     store.append(reading(now), "/a", now + 1s);
-    EXPECT_EQ(store.load("/a"), (UsageSamples{sample(now + 1h), sample(now)}));
+    EXPECT_EQ(*store.load("/a"), (UsageSamples{sample(now + 1h), sample(now)}));
 }
 
 TEST_F(UsageHistoryStoreTest, aReadingBehindTheRetentionLeavesAnEmptyArray)
@@ -169,9 +169,9 @@ TEST_F(UsageHistoryStoreTest, aReadingBehindTheRetentionLeavesAnEmptyArray)
     store.append(reading(now), "/a", now);
     store.append(reading(now + 1s), "/a", now + 2 * retention);
     EXPECT_EQ(test::contentsOf(path), "[]");
-    EXPECT_EQ(store.load("/a"), UsageSamples());
+    EXPECT_EQ(*store.load("/a"), UsageSamples());
     store.append(reading(now), "/a", now);
-    EXPECT_EQ(store.load("/a"), UsageSamples{sample(now)});
+    EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now)});
 }
 
 TEST_F(UsageHistoryStoreTest, trimKeepsTheOrderAndWhateverIsNotTooOld)
@@ -191,7 +191,7 @@ TEST_F(UsageHistoryStoreTest, loadingTrimsNothingAndSortsNothing)
                                   sample(now)};
     put(samples);
     const test::FileState before = test::stateOf(path);
-    EXPECT_EQ(store.load("/a"), samples);
+    EXPECT_EQ(*store.load("/a"), samples);
     EXPECT_EQ(test::stateOf(path), before);
 }
 
@@ -202,7 +202,7 @@ TEST_F(UsageHistoryStoreTest, aDamagedFileIsEmptyAndHealsAtTheNextAppend)
         SCOPED_TRACE(what);
         test::putBytes(path, bytes);
         const test::FileState before = test::stateOf(path);
-        EXPECT_EQ(store.load("/a"), UsageSamples());
+        EXPECT_EQ(*store.load("/a"), UsageSamples());
         EXPECT_EQ(test::stateOf(path), before);
         store.append(reading(now), "/a", now);
         EXPECT_EQ(test::contentsOf(path), encodeSamples({sample(now)}));
@@ -214,7 +214,7 @@ TEST_F(UsageHistoryStoreTest, oneBadElementLosesTheWholeFile)
     std::string bytes = encodeSamples({sample(now - 1h), sample(now - 1min)}).value();
     bytes.insert(bytes.rfind("42.5"), "\"x\" ");
     test::putBytes(path, bytes);
-    EXPECT_EQ(store.load("/a"), UsageSamples());
+    EXPECT_EQ(*store.load("/a"), UsageSamples());
 }
 
 TEST_F(UsageHistoryStoreTest, whatIsNoFileOfItsKindIsEmpty)
@@ -224,7 +224,7 @@ TEST_F(UsageHistoryStoreTest, whatIsNoFileOfItsKindIsEmpty)
         SCOPED_TRACE(what);
         std::filesystem::remove_all(path);
         put(path);
-        EXPECT_EQ(store.load("/a"), UsageSamples());
+        EXPECT_EQ(*store.load("/a"), UsageSamples());
     }
 }
 
@@ -234,10 +234,10 @@ TEST_F(UsageHistoryStoreTest, aFileMayBeLargerThanOthersUpToThirtyTwoMebibytes)
     for (const std::size_t size : {maxFileSize, maxFileSize + 1, 32 * mebibyte}) {
         SCOPED_TRACE(size);
         test::putBytes(path, test::padded(valid, size));
-        EXPECT_EQ(store.load("/a"), UsageSamples{sample(now)});
+        EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now)});
     }
     test::putBytes(path, test::padded(valid, 32 * mebibyte + 1));
-    EXPECT_EQ(store.load("/a"), UsageSamples());
+    EXPECT_EQ(*store.load("/a"), UsageSamples());
 }
 
 TEST_F(UsageHistoryStoreTest, aLongHistoryIsAppendedTo)
@@ -249,7 +249,7 @@ TEST_F(UsageHistoryStoreTest, aLongHistoryIsAppendedTo)
     ASSERT_GT(test::contentsOf(path).size(), maxFileSize);
     store.append(reading(now), "/a", now);
     samples.push_back(sample(now));
-    EXPECT_EQ(store.load("/a"), samples);
+    EXPECT_EQ(*store.load("/a"), samples);
 }
 
 TEST_F(UsageHistoryStoreTest, aDirectoryInEitherCompositionHasOneHistory)
@@ -257,9 +257,9 @@ TEST_F(UsageHistoryStoreTest, aDirectoryInEitherCompositionHasOneHistory)
     store.append(reading(now), "/home/me/Caf\u00E9", now);
     store.append(reading(now + 1s), "/home/me/Cafe\u0301", now);
     EXPECT_EQ(test::namesIn(dir).size(), 1U);
-    EXPECT_EQ(store.load("/home/me/Caf\u00E9").size(), 2U);
+    EXPECT_EQ(store.load("/home/me/Caf\u00E9")->size(), 2U);
     store.prune({"/home/me/Cafe\u0301"});
-    EXPECT_EQ(store.load("/home/me/Caf\u00E9").size(), 2U);
+    EXPECT_EQ(store.load("/home/me/Caf\u00E9")->size(), 2U);
 }
 
 TEST_F(UsageHistoryStoreTest, pruneForgetsEveryOtherAccount)
@@ -269,7 +269,7 @@ TEST_F(UsageHistoryStoreTest, pruneForgetsEveryOtherAccount)
     test::putBytes(dir + "/notes.txt", "mine");
     store.prune({"/b", "/unknown"});
     EXPECT_EQ(test::namesIn(dir), (Names{"9812b0b9.json", "notes.txt"}));
-    EXPECT_EQ(store.load("/b"), UsageSamples{sample(now)});
+    EXPECT_EQ(*store.load("/b"), UsageSamples{sample(now)});
     store.prune({});
     EXPECT_EQ(test::namesIn(dir), Names{"notes.txt"});
     EXPECT_EQ(test::contentsOf(dir + "/notes.txt"), "mine");
@@ -298,7 +298,7 @@ TEST_F(UsageHistoryStoreTest, aPipeIsNotWaitedForAndGivesWayToAFile)
 {
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     store.append(reading(now), "/a", now);
-    EXPECT_EQ(store.load("/a"), UsageSamples{sample(now)});
+    EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now)});
 }
 
 } // namespace vellumor

@@ -51,7 +51,7 @@ void Sibling::tick()
     if (!m_isRunning)
         return;
     m_timeline.after(slot, [this] { tick(); });
-    if (m_timeline.isFrozen() || m_home.size() == 0)
+    if (m_timeline.isFrozen() || !m_isOnline || m_home.size() == 0)
         return;
     claim();
     m_next = (m_next + 1) % m_home.size();

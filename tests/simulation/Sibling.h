@@ -20,6 +20,7 @@ public:
 
     void start();
     void stop() { m_isRunning = false; }
+    void setOnline(bool isOnline) { m_isOnline = isOnline; }
 
 private:
     void tick();
@@ -34,6 +35,7 @@ private:
     Home& m_home;
     Endpoint& m_endpoint;
     bool m_isRunning = false;
+    bool m_isOnline = true;
     int m_next = 0;
 };
 

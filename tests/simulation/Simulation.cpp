@@ -211,6 +211,7 @@ void Simulation::goOfflineFor(milliseconds duration)
         if (isOnline == m_isOnline)
             return;
         m_isOnline = isOnline;
+        m_sibling.setOnline(isOnline);
         if (m_timeline.isFrozen()) // the program hears of it when it wakes
             return;
         if (isOnline)

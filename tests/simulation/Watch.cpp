@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 constexpr double shortestShareOfSlot = 0.9; // the jitter takes a tenth at most
 constexpr double longestBackoff = 900.0;    // seconds
 constexpr milliseconds betweenStarts{2000};
+constexpr milliseconds blockLength = 1800s;
 constexpr milliseconds betweenLooks{30'000};
 constexpr std::size_t keptLines = 20;
 
@@ -37,7 +38,7 @@ void Watch::follow(SimulatedProgram* program)
     m_lastTick = m_timeline.now();
     m_lastTickCall.reset();
     for (auto& [account, past] : m_past)
-        past = {{}, {}, past.wait, 0};
+        past = {{}, {}, past.wait, 0, {}};
     if (program != nullptr)
         excuse(-1, recovery());
 }
@@ -58,15 +59,19 @@ void Watch::onRound(bool byHand)
     m_lastTick = m_timeline.now();
     if (!byHand)
         m_lastTickCall.reset();
-    for (auto& [account, past] : m_past) // the turns begin anew
-        past.tick.reset();
+    for (auto& [account, past] : m_past) {
+        past.tick.reset(); // the turns begin anew
+        // The 403 of a tick that is still under way is not known yet.
+        if (byHand || (past.block && *past.block - blockLength >= m_lastTickEnd))
+            past.block.reset();
+    }
     ++m_figures.rounds;
 }
 
 void Watch::onTick()
 {
     ++m_figures.ticks;
-    m_lastTick = m_timeline.now();
+    m_lastTick = m_lastTickEnd = m_timeline.now();
     noteInterval();
 }
 
@@ -136,9 +141,7 @@ void Watch::judgePermission(const Endpoint::Call& call)
     const Past& past = m_past[call.account];
     if (past.wait && call.at < *past.wait)
         report("a request during a backoff", call.account);
-    const auto id = idOf(call.account);
-    const auto* state = id ? m_program->state().state(*id) : nullptr;
-    if (state != nullptr && state->isBlocked(m_program->now()) && m_rounds.size() < 2)
+    if (past.block && call.at < *past.block)
         report("a request for a blocked account", call.account);
 }
 
@@ -146,6 +149,11 @@ void Watch::judgePermission(const Endpoint::Call& call)
 void Watch::noteAnswer(const Endpoint::Call& call, bool isRevival)
 {
     Past& past = m_past[call.account];
+    past.block.reset();
+    // Of two that overlap the later outcome counts, and behind a renewed token it is an error as
+    // others.
+    if (call.status == 403 && m_rounds.empty() && !isRevival)
+        past.block = call.at + blockLength;
     if (call.status == 429) {
         past.span = past.span > 0
                         ? std::min(2 * past.span, longestBackoff)
@@ -161,12 +169,19 @@ void Watch::noteInterval()
 {
     if (m_program == nullptr)
         return;
-    const auto slot = ofSeconds(m_program->state().slotInterval(m_program->now()));
+    AppState& state = m_program->state();
+    const Instant now = m_program->now();
+    const auto slot = ofSeconds(state.slotInterval(now));
     m_leastSlot = m_leastSlot ? std::min(*m_leastSlot, slot) : slot;
-    const auto interval = ofSeconds(m_program->state().effectiveInterval());
-    for (auto& [account, past] : m_past)
+    const auto interval = ofSeconds(state.effectiveInterval());
+    const auto inTurn = state.pollableAccounts(now).size() + state.revivableAccounts(now).size();
+    for (auto& [account, past] : m_past) {
         past.leastInterval =
             past.leastInterval ? std::min(*past.leastInterval, interval) : interval;
+        if (inTurn < m_inTurn) // the slot of one that has left is the next one's
+            past.tick.reset();
+    }
+    m_inTurn = inTurn;
 }
 
 void Watch::look()
@@ -189,6 +204,8 @@ void Watch::look()
 
 void Watch::lookAt(int account)
 {
+    if (!m_home.isThere(account)) // it comes back as a new one
+        m_past[account].block.reset();
     if (isTroubled(account))
         excuse(account, recovery());
     if (m_timeline.now() < m_excusedUntil[account] || !m_isWallClockSound)

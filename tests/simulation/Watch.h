@@ -55,6 +55,7 @@ private:
         std::optional<milliseconds> leastInterval; // the least effective interval since then
         std::optional<milliseconds> wait;          // after a refusal, until when
         double span = 0;                           // of the last refusal, in seconds
+        std::optional<milliseconds> block;         // after a 403, until when
     };
     struct Round {
         milliseconds end{}; // by then it is over
@@ -81,7 +82,9 @@ private:
     std::optional<Endpoint::Call> m_last; // unless a round has begun since
     std::optional<milliseconds> m_lastTickCall;
     std::optional<milliseconds> m_leastSlot; // since then
-    milliseconds m_lastTick{};
+    std::size_t m_inTurn = 0;                // accounts that ticks go round
+    milliseconds m_lastTick{};               // or an excuse for its absence
+    milliseconds m_lastTickEnd{};
     std::vector<Round> m_rounds;        // that may still be under way
     std::vector<milliseconds> m_recent; // the calls of the last second
     bool m_isWallClockSound = true;

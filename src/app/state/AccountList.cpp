@@ -53,4 +53,22 @@ bool canPin(const Account& account, const std::vector<Account>& accounts)
     return account.tracked && static_cast<std::size_t>(count) < mostPinned;
 }
 
+std::vector<std::string> ids(const std::vector<Account>& accounts)
+{
+    std::vector<std::string> ids;
+    ids.reserve(accounts.size());
+    for (const Account& account : accounts)
+        ids.push_back(account.id);
+    return ids;
+}
+
+std::vector<std::string> configDirs(const std::vector<Account>& accounts)
+{
+    std::vector<std::string> dirs;
+    dirs.reserve(accounts.size());
+    for (const Account& account : accounts)
+        dirs.push_back(account.configDir);
+    return dirs;
+}
+
 } // namespace vellumor::AccountList

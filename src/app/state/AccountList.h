@@ -3,6 +3,7 @@
 #include "accounts/Account.h"
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 // AccountList: which accounts are shown, and in what order. Pure.
@@ -28,5 +29,8 @@ inline constexpr std::size_t mostPinned = 4;
 // Whether the user may change the pin: an account that is pinned may be unpinned, a tracked one
 // pinned while there is room.
 [[nodiscard]] bool canPin(const Account& account, const std::vector<Account>& accounts);
+
+[[nodiscard]] std::vector<std::string> ids(const std::vector<Account>& accounts);
+[[nodiscard]] std::vector<std::string> configDirs(const std::vector<Account>& accounts);
 
 } // namespace vellumor::AccountList

@@ -58,7 +58,7 @@ AccountUsageState forgettingSupersededConclusions(AccountUsageState state,
     return state;
 }
 
-std::optional<Instant> oldestReading(const std::vector<AccountUsageState>& states)
+std::optional<Instant> DataAge::oldest(const std::vector<AccountUsageState>& states)
 {
     std::vector<AccountUsageState> contributing = states;
     std::erase_if(contributing, waitsForUser);

@@ -39,6 +39,8 @@ forgettingSupersededConclusions(AccountUsageState state,
 
 // The age of what is shown: the oldest reading of the accounts that do not wait for the user, or of
 // all when each of them does. Nothing when none has a reading.
-[[nodiscard]] std::optional<Instant> oldestReading(const std::vector<AccountUsageState>& states);
+namespace DataAge {
+[[nodiscard]] std::optional<Instant> oldest(const std::vector<AccountUsageState>& states);
+}
 
 } // namespace vellumor

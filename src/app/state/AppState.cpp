@@ -27,24 +27,6 @@ bool hasError(const AccountUsageState* state, std::initializer_list<Kind> kinds)
            std::find(kinds.begin(), kinds.end(), state->lastError->kind) != kinds.end();
 }
 
-std::vector<std::string> idsOf(const std::vector<Account>& accounts)
-{
-    std::vector<std::string> ids;
-    ids.reserve(accounts.size());
-    for (const Account& account : accounts)
-        ids.push_back(account.id);
-    return ids;
-}
-
-std::vector<std::string> configDirsOf(const std::vector<Account>& accounts)
-{
-    std::vector<std::string> dirs;
-    dirs.reserve(accounts.size());
-    for (const Account& account : accounts)
-        dirs.push_back(account.configDir);
-    return dirs;
-}
-
 std::vector<std::string> hiddenDirs(const StoredAccounts& records)
 {
     std::vector<std::string> dirs;
@@ -53,6 +35,18 @@ std::vector<std::string> hiddenDirs(const StoredAccounts& records)
             dirs.push_back(configDir);
     }
     return dirs;
+}
+
+// What was read from the shared file, but for what this program has changed since it was asked for.
+SharedIdentities withOwnChanges(SharedIdentities read, const SharedIdentities& before,
+                                const SharedIdentities& now)
+{
+    for (const auto& [configDir, identity] : now) {
+        const auto known = before.find(configDir);
+        if (known == before.end() || known->second != identity)
+            read.insert_or_assign(configDir, identity);
+    }
+    return read;
 }
 
 } // namespace
@@ -65,8 +59,7 @@ AppState::AppState(Parts parts)
 {
 }
 
-// --- Who may be fetched
-// ---------------------------------------------------------------------------
+// --- Who may be fetched -------------------------------------------------------------------------
 
 const AccountUsageState* AppState::state(const std::string& id) const
 {
@@ -138,8 +131,7 @@ double AppState::slotInterval(Instant now) const
            static_cast<double>(std::max<std::size_t>(rotation(now).size(), 1));
 }
 
-// --- Rounds
-// ---------------------------------------------------------------------------------------
+// --- Rounds -------------------------------------------------------------------------------------
 
 Task<> AppState::refresh(bool manual)
 {
@@ -175,7 +167,7 @@ Task<> AppState::refreshNext()
     recomputeEffectiveInterval(now);
     claimHeartbeatIfProducing(now);
     const auto candidates = rotation(now);
-    const auto next = Stagger::nextTarget(idsOf(candidates), m_staggerLastAttempt);
+    const auto next = Stagger::nextTarget(AccountList::ids(candidates), m_staggerLastAttempt);
     if (!next) {
         m_lastUpdated = now;
         m_notice.announce();
@@ -227,7 +219,7 @@ Task<> AppState::finishRound()
 // Nobody waits for it: the window is read on the same worker, behind it.
 void AppState::claimHeartbeatIfProducing(Instant now)
 {
-    if (!ClaimGate::shouldClaim(m_parseFailStreak, idsOf(pollableAccounts(now)))) {
+    if (!ClaimGate::shouldClaim(m_parseFailStreak, AccountList::ids(pollableAccounts(now)))) {
         log(Tag::poller, "heartbeat claim withheld — every pollable account is parse-failing");
         return;
     }
@@ -278,8 +270,7 @@ void AppState::apply(const FetchOutcome& outcome, const std::string& id)
     m_notice.announce();
 }
 
-// --- Scans
-// ----------------------------------------------------------------------------------------
+// --- Scans --------------------------------------------------------------------------------------
 
 Task<> AppState::rescan()
 {
@@ -290,24 +281,27 @@ Task<> AppState::rescan()
         co_return;
     const auto hidden = hiddenDirs(m_parts.store.records());
     const auto existing = co_await m_parts.existingFolders(hidden);
-    m_sharedIdentities = co_await m_parts.loadSharedIdentities();
+    const auto before = AccountMerge::sharedIdentities(m_parts.store.records());
+    auto read = co_await m_parts.loadSharedIdentities();
+    const auto shared = withOwnChanges(std::move(read), before,
+                                       AccountMerge::sharedIdentities(m_parts.store.records()));
     // One that was hidden meanwhile has not been asked about.
     m_parts.store.forgetVanishedRemovals([&](const std::string& dir) {
         return existing.contains(dir) ||
                std::find(hidden.begin(), hidden.end(), dir) == hidden.end();
     });
     m_lastFacts = std::move(result.facts);
-    rederive();
+    rederive(shared);
     if (!m_accounts.empty() || m_parts.store.knownDirs().empty())
         co_await prune(looked);
     co_await reloadHistory();
     co_await reloadAnchors();
 }
 
-void AppState::rederive()
+void AppState::rederive(const SharedIdentities& shared)
 {
-    m_accounts = AccountMerge::merge(m_lastFacts, m_sharedIdentities, m_parts.store.records(),
-                                     AccountMerge::randomSlug);
+    m_accounts =
+        AccountMerge::merge(m_lastFacts, shared, m_parts.store.records(), AccountMerge::randomSlug);
     m_parts.store.persist();
     std::erase_if(m_states, [this](const auto& entry) { return account(entry.first) == nullptr; });
     for (const Account& each : m_accounts) {
@@ -330,7 +324,7 @@ void AppState::rederive()
 // when the scan began.
 Task<> AppState::prune(std::vector<std::string> looked)
 {
-    auto keep = configDirsOf(m_accounts);
+    auto keep = AccountList::configDirs(m_accounts);
     for (const auto& [configDir, record] : m_parts.store.records()) {
         if (record.isRemoved() ||
             std::find(looked.begin(), looked.end(), configDir) == looked.end())
@@ -359,27 +353,15 @@ Task<> AppState::seedFromSnapshots()
     m_notice.announce();
 }
 
-// A file that has not changed since it was read is not read again.
 Task<> AppState::reloadHistory()
 {
     std::map<std::string, History> histories;
-    std::map<std::string, FileStore::Fingerprint> files;
-    for (const std::string& dir : configDirsOf(m_accounts)) {
-        const auto known = m_historyFiles.find(dir);
-        auto load = [dir, last = known == m_historyFiles.end() ? std::nullopt
-                                                               : std::optional(known->second)](
-                        UsageHistoryStore& history) { return history.loadUnless(last, dir); };
+    for (const std::string& dir : AccountList::configDirs(m_accounts)) {
+        auto load = [dir](UsageHistoryStore& history) { return history.load(dir); };
         auto loaded = co_await m_parts.stores.history(std::move(load));
-        if (loaded.samples)
-            histories[dir] = std::make_shared<const UsageSamples>(*std::move(loaded.samples));
-        else if (const auto present = m_historyByDir.find(dir); present != m_historyByDir.end())
-            histories[dir] = present->second;
-        else
-            continue; // what was read has gone meanwhile, and is read anew the next time
-        files[dir] = loaded.file;
+        histories[dir] = std::move(loaded);
     }
     m_historyByDir = std::move(histories);
-    m_historyFiles = std::move(files);
     m_notice.announce();
 }
 
@@ -391,8 +373,7 @@ Task<> AppState::reloadAnchors()
     m_notice.announce();
 }
 
-// --- What the user does
-// ---------------------------------------------------------------------------
+// --- What the user does -------------------------------------------------------------------------
 
 void AppState::setTracked(const std::string& id, bool tracked)
 {
@@ -418,7 +399,7 @@ void AppState::rename(const Account& account, const std::string& name)
 void AppState::reorder(const std::vector<std::size_t>& fromOffsets, std::size_t toOffset)
 {
     const auto moved = AccountList::moved(AccountList::ordered(m_accounts), fromOffsets, toOffset);
-    m_parts.store.reorder(idsOf(moved));
+    m_parts.store.reorder(AccountList::ids(moved));
     rederive();
 }
 
@@ -467,8 +448,7 @@ void AppState::updatePreferences(const std::function<void(Preferences&)>& change
     recomputeEffectiveInterval(m_parts.clock.now()); // announces
 }
 
-// --- What is shown
-// --------------------------------------------------------------------------------
+// --- What is shown ------------------------------------------------------------------------------
 
 bool AppState::isStale(const std::string& id, Instant now) const
 {
@@ -483,7 +463,7 @@ std::optional<Instant> AppState::dataUpdatedAt() const
         if (const auto* known = state(each.id))
             shown.push_back(*known);
     }
-    return oldestReading(shown);
+    return DataAge::oldest(shown);
 }
 
 bool AppState::isRemoved(const std::string& configDir) const

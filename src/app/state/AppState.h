@@ -26,7 +26,7 @@ namespace vellumor {
 // overlap.
 class AppState {
 public:
-    using History = std::shared_ptr<const UsageSamples>;
+    using History = UsageHistoryStore::Shared;
 
     struct Parts {
         Clock& clock;
@@ -116,7 +116,9 @@ private:
     [[nodiscard]] const Account* account(const std::string& id) const;
     [[nodiscard]] std::vector<Account> rotation(Instant now) const;
     [[nodiscard]] std::vector<Account> manualTargets(Instant now) const;
-    void rederive();
+    // What the user has just decided stands in the records; a scan also brings what the shared file
+    // says, which goes first.
+    void rederive(const SharedIdentities& shared = {});
     [[nodiscard]] Task<> prune(std::vector<std::string> looked);
     void claimHeartbeatIfProducing(Instant now);
     [[nodiscard]] Task<std::optional<double>> foreignCoverageWindow(Instant now);
@@ -137,11 +139,9 @@ private:
     double m_userInterval;
     std::map<std::string, History> m_historyByDir;
     ResetAnchors m_resetAnchorsByDir;
-    std::vector<DiscoveredFacts> m_lastFacts;                     // of the last scan that went well
-    SharedIdentities m_sharedIdentities;                          // as that scan found them
-    std::map<std::string, Instant> m_staggerLastAttempt;          // by account id
-    std::map<std::string, int> m_parseFailStreak;                 // by account id
-    std::map<std::string, FileStore::Fingerprint> m_historyFiles; // as they were when read
+    std::vector<DiscoveredFacts> m_lastFacts;            // of the last scan that went well
+    std::map<std::string, Instant> m_staggerLastAttempt; // by account id
+    std::map<std::string, int> m_parseFailStreak;        // by account id
 };
 
 } // namespace vellumor

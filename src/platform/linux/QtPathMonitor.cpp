@@ -6,6 +6,14 @@
 
 namespace vellumor {
 
+namespace {
+
+constexpr SystemBus::Property networkManagerState{"org.freedesktop.NetworkManager",
+                                                  "/org/freedesktop/NetworkManager",
+                                                  "org.freedesktop.NetworkManager", "State"};
+
+} // namespace
+
 bool isSatisfied(QNetworkInformation::Reachability reachability)
 {
     using Reachability = QNetworkInformation::Reachability;
@@ -26,7 +34,9 @@ void QtPathMonitor::start(std::function<void(bool satisfied)> onUpdate)
 
 Task<> QtPathMonitor::begin(QPointer<QObject> life, QtPathMonitor& monitor)
 {
-    auto look = [address = monitor.m_systemBusAddress] { return SystemBus::isSilent(address); };
+    auto look = [address = monitor.m_systemBusAddress] {
+        return SystemBus::isSilent(address, networkManagerState);
+    };
     const bool isSilent = co_await monitor.m_worker.run(std::move(look));
     if (life)
         monitor.listen(!isSilent);

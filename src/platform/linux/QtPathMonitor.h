@@ -16,9 +16,9 @@ namespace vellumor {
 // networks of the machine, and so does a state that is not known. Pure.
 [[nodiscard]] bool isSatisfied(QNetworkInformation::Reachability reachability);
 
-// PathMonitor on what Qt learns from NetworkManager or, without it, from GLib. Both ask the system
-// bus and would wait for one that never answers; there the path counts as satisfied. Main thread
-// only; start it once. Calls nothing back after its end.
+// PathMonitor on what Qt learns from NetworkManager or, without it, from GLib. Both would wait for
+// a system bus or a NetworkManager that never answers; there the path counts as satisfied. Main
+// thread only; start it once. Calls nothing back after its end.
 class QtPathMonitor final : public PathMonitor {
 public:
     // `worker` outlives it; the address as DBUS_SYSTEM_BUS_ADDRESS has it, empty for the usual one.

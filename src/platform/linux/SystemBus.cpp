@@ -14,9 +14,21 @@ std::string usualAddress(GCancellable* cancellable)
     return address;
 }
 
+// Any answer will do, an error too.
+void ask(GDBusConnection* connection, const SystemBus::Property& property,
+         GCancellable* cancellable)
+{
+    using Variant = std::unique_ptr<GVariant, Releases<g_variant_unref>>;
+    const Variant answer(g_dbus_connection_call_sync(
+        connection, property.service, property.path, "org.freedesktop.DBus.Properties", "Get",
+        g_variant_new("(ss)", property.interface, property.name), nullptr,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, cancellable, nullptr));
+}
+
 } // namespace
 
-bool SystemBus::isSilent(const std::string& address, std::chrono::milliseconds limit)
+bool SystemBus::isSilent(const std::string& address, const std::optional<Property>& property,
+                         std::chrono::milliseconds limit)
 {
     const CallContext context;
     const Deadline deadline(limit);
@@ -28,8 +40,11 @@ bool SystemBus::isSilent(const std::string& address, std::chrono::milliseconds l
         place.c_str(), flags, nullptr, deadline.cancellable(), nullptr));
     if (connection == nullptr)
         return deadline.passed();
-    g_dbus_connection_close_sync(connection.get(), deadline.cancellable(), nullptr);
-    return false;
+    if (property)
+        ask(connection.get(), *property, deadline.cancellable());
+    const bool isSilent = deadline.passed();
+    g_dbus_connection_close_sync(connection.get(), nullptr, nullptr);
+    return isSilent;
 }
 
 } // namespace vellumor

@@ -95,20 +95,20 @@ TEST(AccountUsageState, aConclusionHoldsForTheTokenThatItIsAbout)
 
 TEST(AccountUsageState, theAgeIsThatOfTheOldestReadingThatDoesNotWaitForTheUser)
 {
-    EXPECT_EQ(oldestReading({}), std::nullopt);
-    EXPECT_EQ(oldestReading({AccountUsageState()}), std::nullopt);
-    EXPECT_EQ(oldestReading({readAt(now), readAt(now - seconds(5))}), now - seconds(5));
+    EXPECT_EQ(DataAge::oldest({}), std::nullopt);
+    EXPECT_EQ(DataAge::oldest({AccountUsageState()}), std::nullopt);
+    EXPECT_EQ(DataAge::oldest({readAt(now), readAt(now - seconds(5))}), now - seconds(5));
     AccountUsageState waiting = readAt(now - seconds(100));
     for (const auto revival :
          {RevivalStatus::disabled, RevivalStatus::needsSignIn, RevivalStatus::unavailable}) {
         waiting.revival = revival;
-        EXPECT_EQ(oldestReading({waiting, readAt(now)}), now);
-        EXPECT_EQ(oldestReading({waiting}), now - seconds(100)); // there is nobody else
+        EXPECT_EQ(DataAge::oldest({waiting, readAt(now)}), now);
+        EXPECT_EQ(DataAge::oldest({waiting}), now - seconds(100)); // there is nobody else
     }
     waiting.revival = RevivalStatus::retrying;
-    EXPECT_EQ(oldestReading({waiting, readAt(now)}), now - seconds(100));
+    EXPECT_EQ(DataAge::oldest({waiting, readAt(now)}), now - seconds(100));
     waiting.lastError = failure(Kind::forbidden);
-    EXPECT_EQ(oldestReading({waiting, readAt(now)}), now);
+    EXPECT_EQ(DataAge::oldest({waiting, readAt(now)}), now);
 }
 
 } // namespace

@@ -1,9 +1,6 @@
 #include "app/state/AppState.h"
 
-#include "app/state/AppWorld.h"
-#include "store/AccountFiles.h"
-
-#include <gtest/gtest.h>
+#include "app/state/AppStateTesting.h"
 
 #include <filesystem>
 #include <fstream>
@@ -13,40 +10,12 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-using test::AppWorld;
 using test::failure;
 using test::Gate;
+using test::Names;
 using Kind = UsageFetchError::Kind;
-using Names = std::vector<std::string>;
 
-struct AppStateTest : testing::Test, AppWorld {
-    [[nodiscard]] static Names namesOf(const std::vector<Account>& accounts)
-    {
-        Names names;
-        for (const Account& account : accounts)
-            names.push_back(account.displayName);
-        return names;
-    }
-    [[nodiscard]] Names pollable() const { return namesOf(state.pollableAccounts(clock.now())); }
-    [[nodiscard]] Names revivable() const { return namesOf(state.revivableAccounts(clock.now())); }
-    void applyTo(const std::string& name, const FetchOutcome& outcome)
-    {
-        state.apply(outcome, id(name));
-    }
-    static FetchOutcome failed(Kind kind)
-    {
-        FetchOutcome outcome;
-        outcome.error = failure(kind);
-        return outcome;
-    }
-    [[nodiscard]] FetchOutcome read(UsageSource source) const
-    {
-        FetchOutcome outcome;
-        outcome.usage = test::reading(40, clock.now());
-        outcome.source = source;
-        return outcome;
-    }
-};
+using AppStateTest = test::AppStateTesting;
 
 TEST_F(AppStateTest, withoutAccountsARoundOnlyTellsThatItWasThere)
 {
@@ -107,11 +76,14 @@ TEST_F(AppStateTest, whoIsPolledAndWhoIsRevived)
 
 TEST_F(AppStateTest, eachPollableAccountTakesAMinuteAndRevivableOnesShareTheSlots)
 {
-    for (const char* const name : {"ada", "ben", "cal"})
-        add(name);
-    add("dot", TokenStatus::expired);
+    addAll({"ada", "ben", "cal"});
     rescan();
     state.setUserInterval(60);
+    EXPECT_EQ(state.effectiveInterval(), 180);
+    EXPECT_EQ(state.slotInterval(clock.now()), 60);
+    add("dot", TokenStatus::expired);
+    rescan();
+    state.recomputeEffectiveInterval(clock.now());
     EXPECT_EQ(state.effectiveInterval(), 180);
     EXPECT_EQ(state.slotInterval(clock.now()), 45);
     state.setUserInterval(30);
@@ -121,8 +93,7 @@ TEST_F(AppStateTest, eachPollableAccountTakesAMinuteAndRevivableOnesShareTheSlot
 
 TEST_F(AppStateTest, aRoundBeginsOneFetchEveryTwoSeconds)
 {
-    for (const char* const name : {"ada", "ben", "cal"})
-        add(name);
+    addAll({"ada", "ben", "cal"});
     rescan();
     Gate slow; // the first never answers meanwhile
     others.gates = {&slow};
@@ -215,15 +186,19 @@ TEST_F(AppStateTest, onlyAFreshAnswerEndsAStreakOfAnswersThatCannotBeRead)
         const auto count = state.parseFailStreak().find(id("ada"));
         return count == state.parseFailStreak().end() ? 0 : count->second;
     };
-    applyTo("ada", failed(Kind::decode));
-    applyTo("ada", failed(Kind::decode));
-    EXPECT_EQ(streak(), 2);
-    applyTo("ada", read(UsageSource::sharedCache));
-    applyTo("ada", read(UsageSource::vscodeCache));
-    applyTo("ada", failed(Kind::http));
-    EXPECT_EQ(streak(), 2);
-    applyTo("ada", read(UsageSource::cli));
-    EXPECT_EQ(streak(), 0);
+    for (const auto fresh : {UsageSource::cli, UsageSource::endpoint}) {
+        SCOPED_TRACE(name(fresh));
+        applyTo("ada", failed(Kind::decode));
+        applyTo("ada", failed(Kind::decode));
+        EXPECT_EQ(streak(), 2);
+        for (const auto old :
+             {UsageSource::sharedCache, UsageSource::vscodeCache, UsageSource::snapshot})
+            applyTo("ada", read(old));
+        applyTo("ada", failed(Kind::http));
+        EXPECT_EQ(streak(), 2);
+        applyTo("ada", read(fresh));
+        EXPECT_EQ(streak(), 0);
+    }
 }
 
 TEST_F(AppStateTest, aHealthyProgramClaimsThePollingAndReadsItsOwnClaim)
@@ -267,150 +242,6 @@ TEST_F(AppStateTest, theMarkOfARunningRevivalDoesNotOutliveIt)
     EXPECT_EQ(of("ada").revival, RevivalStatus::retrying);
 }
 
-TEST_F(AppStateTest, aScanThatFailsChangesNothing)
-{
-    add("ada");
-    rescan();
-    const auto before = state.accounts();
-    found = {{}, true};
-    rescan();
-    EXPECT_EQ(state.accounts(), before);
-}
-
-TEST_F(AppStateTest, aSignedOutAccountWaitsForASignIn)
-{
-    add("ada", TokenStatus::signedOut);
-    rescan();
-    EXPECT_EQ(of("ada").lastError, failure(Kind::unauthorized));
-    EXPECT_EQ(of("ada").revival, RevivalStatus::needsSignIn);
-    EXPECT_EQ(revivable(), Names());
-    found.facts[0].tokenStatus = TokenStatus::readable;
-    *found.facts[0].tokenExpiresAt += seconds(1);
-    rescan();
-    EXPECT_EQ(of("ada").lastError, std::nullopt);
-    EXPECT_EQ(pollable(), Names{"ada"});
-}
-
-TEST_F(AppStateTest, aConclusionGoesWithTheTokenThatItWasAbout)
-{
-    add("ada");
-    rescan();
-    applyTo("ada", failed(Kind::keychain));
-    rescan();
-    EXPECT_EQ(pollable(), Names());
-    *found.facts[0].tokenExpiresAt += seconds(1);
-    rescan();
-    EXPECT_EQ(pollable(), Names{"ada"});
-}
-
-TEST_F(AppStateTest, aReadingOfTheRunBeforeIsShownAtTheStart)
-{
-    add("ada");
-    add("ben");
-    UsageSnapshotStore snapshots(files, folders.vellumor() + "/usage-snapshots.json");
-    for (const auto& facts : found.facts)
-        snapshots.save(test::reading(7, clock.now()), facts.configDir);
-    rescan();
-    applyTo("ben", read(UsageSource::endpoint));
-    waitFor(state.seedFromSnapshots());
-    EXPECT_EQ(of("ada").source, UsageSource::snapshot);
-    EXPECT_EQ(of("ada").usage.value().windows[0].percent, 7);
-    EXPECT_EQ(of("ben").source, UsageSource::endpoint);
-}
-
-TEST_F(AppStateTest, whatAHiddenAccountHadIsThereWhenItComesBack)
-{
-    add("ada");
-    add("ben");
-    rescan();
-    UsageHistoryStore history(files, folders.vellumor() + "/history");
-    for (const Account& account : state.accounts())
-        history.append(test::reading(1, clock.now()), account.configDir, clock.now());
-    const Account hidden = state.accounts()[0];
-    state.remove(hidden);
-    rescan();
-    EXPECT_TRUE(state.isRemoved(hidden.configDir));
-    EXPECT_EQ(namesOf(state.accounts()), Names{"ben"});
-    waitFor(state.restore(hidden.configDir));
-    EXPECT_FALSE(state.isRemoved(hidden.configDir));
-    EXPECT_EQ(state.accounts()[0].id, hidden.id);
-    ASSERT_TRUE(state.historyByDir().at(hidden.configDir));
-    EXPECT_EQ(state.historyByDir().at(hidden.configDir)->size(), 1U);
-}
-
-TEST_F(AppStateTest, whatBelongsToNobodyGoesUnlessAScanFindsNobodyAtAll)
-{
-    add("ada");
-    rescan();
-    const std::string folder = folders.vellumor() + "/history";
-    UsageHistoryStore(files, folder).append(test::reading(1, clock.now()), "/gone", clock.now());
-    const std::string stray = AccountFiles::path(folder, "/gone");
-    const auto ada = std::move(found.facts);
-    found.facts.clear();
-    rescan();
-    EXPECT_TRUE(std::filesystem::exists(stray));
-    found.facts = ada;
-    rescan();
-    EXPECT_FALSE(std::filesystem::exists(stray));
-}
-
-TEST_F(AppStateTest, aHistoryThatHasNotChangedIsNotReadAgain)
-{
-    add("ada");
-    rescan();
-    const std::string dir = found.facts[0].configDir;
-    UsageHistoryStore history(files, folders.vellumor() + "/history");
-    history.append(test::reading(1, clock.now()), dir, clock.now());
-    waitFor(state.refreshNext());
-    const auto first = state.historyByDir().at(dir);
-    EXPECT_EQ(first->size(), 1U);
-    waitFor(state.refreshNext());
-    EXPECT_EQ(state.historyByDir().at(dir), first);
-    history.append(test::reading(2, clock.now() + seconds(1)), dir, clock.now());
-    waitFor(state.refreshNext());
-    EXPECT_EQ(state.historyByDir().at(dir)->size(), 2U);
-}
-
-TEST_F(AppStateTest, aNameIsTrimmedAndABlankOneIsNone)
-{
-    add("ada");
-    rescan();
-    state.rename(state.accounts()[0], "  ");
-    EXPECT_EQ(state.accounts()[0].displayName, "ada");
-    state.rename(state.accounts()[0], "  Work \n");
-    EXPECT_EQ(state.accounts()[0].displayName, "Work");
-}
-
-TEST_F(AppStateTest, hidingFromTheListTakesEffectWithoutAScan)
-{
-    add("ada");
-    rescan();
-    const int before = scans;
-    state.setTracked(id("ada"), false);
-    EXPECT_EQ(pollable(), Names());
-    EXPECT_EQ(scans, before);
-    waitFor(state.setServiceOverride(id("ada"), "Mine"));
-    EXPECT_EQ(scans, before + 1);
-}
-
-TEST_F(AppStateTest, observersAreToldOnceATurnAndAfterTheChange)
-{
-    std::vector<double> seen;
-    state.observe([&] { seen.push_back(state.userInterval()); });
-    settle();
-    seen.clear();
-    state.setUserInterval(300);
-    state.setUserInterval(600);
-    EXPECT_TRUE(seen.empty());
-    settle();
-    EXPECT_EQ(seen, std::vector<double>{600});
-    settle();
-    EXPECT_EQ(seen.size(), 1U);
-    state.updatePreferences([](Preferences& changed) { changed.menuBarDualBars = true; });
-    settle();
-    EXPECT_EQ(seen.size(), 2U);
-}
-
 TEST_F(AppStateTest, anOutcomeOfAnAccountThatHasGoneIsTakenAllTheSame)
 {
     applyTo("nobody", failed(Kind::http));
@@ -418,6 +249,136 @@ TEST_F(AppStateTest, anOutcomeOfAnAccountThatHasGoneIsTakenAllTheSame)
     ASSERT_NE(known, nullptr);
     EXPECT_EQ(known->lastError, failure(Kind::http));
     EXPECT_EQ(known->concludedAbout, std::nullopt);
+}
+
+TEST_F(AppStateTest, anAccountThatIsHiddenDuringItsFetchIsLeftToItsEnd)
+{
+    addAll({"ada", "ben"});
+    rescan();
+    Gate slow;
+    others.gates = {&slow};
+    auto tick = state.refreshNext();
+    settle();
+    ASSERT_EQ(calls(), 1);
+    const std::string hidden = id("ada");
+    state.remove(account("ada"));
+    EXPECT_EQ(state.state(hidden), nullptr);
+    slow.open();
+    waitFor(std::move(tick));
+    ASSERT_NE(state.state(hidden), nullptr);
+    EXPECT_EQ(state.state(hidden)->usage, std::get<Usage>(others.results[0]));
+    EXPECT_FALSE(state.state(hidden)->isLoading);
+    EXPECT_EQ(namesOf(state.accounts()), Names{"ben"});
+    rescan();
+    EXPECT_EQ(state.state(hidden), nullptr);
+}
+
+TEST_F(AppStateTest, aRefusalIsShownOnceAndItsWaitForAsLongAsItLasts)
+{
+    add("ada");
+    rescan();
+    others.results = {failure(Kind::rateLimited)};
+    waitFor(state.refreshNext());
+    EXPECT_EQ(of("ada").lastError, failure(Kind::rateLimited));
+    const auto until = clock.now() + seconds(120);
+    EXPECT_EQ(of("ada").backoffUntil, until);
+    clock.advance(milliseconds(119'999));
+    waitFor(state.refreshNext());
+    EXPECT_EQ(calls(), 1);
+    EXPECT_EQ(of("ada").lastError, std::nullopt);
+    EXPECT_EQ(of("ada").backoffUntil, until);
+    clock.advance(milliseconds(1));
+    others.results = {test::reading(40, clock.now())};
+    waitFor(state.refreshNext());
+    EXPECT_EQ(calls(), 2);
+    EXPECT_EQ(of("ada").backoffUntil, std::nullopt);
+}
+
+TEST_F(AppStateTest, anAccountWhoseCredentialCannotBeReadWaitsForAnotherTokenOrTheUser)
+{
+    for (const auto kind : {Kind::keychain, Kind::noService}) {
+        SCOPED_TRACE(failure(kind).description());
+        found.facts.clear();
+        add("ada");
+        rescan();
+        others.results = {failure(kind)};
+        waitFor(state.refreshNext());
+        rescan(); // the same token
+        EXPECT_EQ(pollable(), Names());
+        EXPECT_EQ(revivable(), Names());
+        *found.facts[0].tokenExpiresAt += seconds(1);
+        rescan();
+        EXPECT_EQ(pollable(), Names{"ada"});
+
+        waitFor(state.refreshNext());
+        EXPECT_EQ(pollable(), Names());
+        others.results = {test::reading(40, clock.now())};
+        waitFor(state.refresh(true));
+        EXPECT_EQ(pollable(), Names{"ada"});
+        clock.advance(std::chrono::hours(1));
+    }
+}
+
+TEST_F(AppStateTest, ofTwoRoundsThatOverlapTheFirstThatEndsClearsTheMark)
+{
+    add("ada");
+    rescan();
+    Gate first;
+    Gate second;
+    others.gates = {&first, &second};
+    auto tick = state.refreshNext();
+    settle();
+    auto byHand = state.refresh(true);
+    settle();
+    ASSERT_EQ(calls(), 2);
+    EXPECT_TRUE(of("ada").isLoading);
+    second.open();
+    waitFor(std::move(byHand));
+    EXPECT_FALSE(of("ada").isLoading);
+    first.open();
+    waitFor(std::move(tick));
+    EXPECT_FALSE(of("ada").isLoading);
+    EXPECT_EQ(of("ada").usage, std::get<Usage>(others.results[0]));
+}
+
+TEST_F(AppStateTest, aRoundKeepsTheIntervalThatItBeganWith)
+{
+    addAll({"ada", "ben"});
+    rescan();
+    others.results = {test::reading(40, clock.now()), failure(Kind::rateLimited)};
+    auto round = state.refresh(false);
+    settle();
+    ASSERT_EQ(calls(), 1);
+    state.setUserInterval(600);
+    waitFor(std::move(round));
+    ASSERT_EQ(others.entries.size(), 1U);
+    EXPECT_EQ(others.entries[0].effectiveIntervalSeconds, 120);
+    EXPECT_EQ(state.effectiveInterval(), 600);
+}
+
+TEST_F(AppStateTest, aRoundKeepsTheCoverageThatItBeganWith)
+{
+    addAll({"ada", "ben"});
+    rescan();
+    for (const char* const name : {"ada", "ben"}) { // so that this program claims nothing itself
+        applyTo(name, failed(Kind::decode));
+        applyTo(name, failed(Kind::decode));
+        others.shared[dirOf(name)] = {test::reading(10, clock.now() - seconds(200)), {}};
+    }
+    const std::string file = folders.quorle() + "/poller.json";
+    std::ofstream(file) << R"({"schemaVersion":1,"source":"ostrelline","intervalSeconds":200,)"
+                        << R"("updatedAt":"2026-03-29T12:00:00Z"})";
+    auto round = state.refresh(false);
+    settle();
+    EXPECT_EQ(of("ada").source, UsageSource::sharedCache);
+    ASSERT_EQ(of("ben").source, std::nullopt); // its turn comes two seconds later
+    state.setUserInterval(600);
+    std::filesystem::remove(file);
+    waitFor(std::move(round));
+    EXPECT_EQ(of("ben").source, UsageSource::sharedCache);
+    EXPECT_EQ(calls(), 0);
+    waitFor(state.refresh(false));
+    EXPECT_EQ(calls(), 2);
 }
 
 } // namespace

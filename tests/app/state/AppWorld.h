@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/state/AppState.h"
+#include "app/state/WatchedFileCalls.h"
 #include "support/FakeClock.h"
 #include "support/PassWorker.h"
 #include "support/TempFolder.h"
@@ -8,7 +9,9 @@
 
 #include <QCoroCore>
 
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vellumor::test {
@@ -18,7 +21,8 @@ struct AppWorld {
     TempFolder home;
     Folders folders{home.path(), home.file("data"), home.file("config")};
     FakeClock clock{instant("2026-03-29T12:00:00Z")};
-    FileStore files;
+    WatchedFileCalls disk;
+    FileStore files{disk};
     Worker worker;
     SharedAccountsStore sharedAccounts{files, folders.quorle() + "/accounts.json"};
     AccountStore store{files, sharedAccounts, clock, folders.vellumor() + "/accounts.json",
@@ -30,8 +34,14 @@ struct AppWorld {
     Serial<PollerHeartbeatStore> heartbeat{worker, files, folders.quorle() + "/poller.json"};
     DiscoveryResult found;
     int scans = 0;
+    std::vector<DiscoveryInputs> asked; // of each scan
+    std::vector<std::string> steps;     // "scan", "look", "identities", as the state asks for them
+    // Each holds back the next of its kind.
+    Gate* scanGate = nullptr;
+    Gate* lookGate = nullptr;
+    Gate* identitiesGate = nullptr;
     AppState state{{clock, store, preferences, [this] { return loadShared(); }, pipeline, stores,
-                    heartbeat, [this](DiscoveryInputs) { return scan(); },
+                    heartbeat, [this](DiscoveryInputs inputs) { return scan(std::move(inputs)); },
                     [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); }}};
 
     AppWorld() { others.results = {reading(40, clock.now())}; }
@@ -46,6 +56,13 @@ struct AppWorld {
         facts.tokenStatus = status;
         facts.tokenExpiresAt = clock.now() + std::chrono::hours(1);
         found.facts.push_back(std::move(facts));
+    }
+    // Those of `names` alone are there for the next scan; all else of them stays as it was.
+    void leaveOnly(const std::set<std::string>& names)
+    {
+        std::erase_if(found.facts, [&](const DiscoveredFacts& facts) {
+            return !names.contains(facts.email->substr(0, facts.email->find('@')));
+        });
     }
     void rescan() { waitFor(state.rescan()); }
     // Lets everything run that is due: the worker's jobs and the alarms of the moment.
@@ -86,14 +103,23 @@ struct AppWorld {
     }
 
 private:
-    Task<DiscoveryResult> scan()
+    // A service that the user forces on a directory is the one that is found.
+    Task<DiscoveryResult> scan(DiscoveryInputs inputs)
     {
         ++scans;
+        steps.emplace_back("scan");
+        asked.push_back(inputs);
         auto result = found;
+        for (DiscoveredFacts& facts : result.facts) {
+            if (const auto forced = inputs.overrides.extract(facts.configDir))
+                facts.resolvedService = forced.mapped();
+        }
+        co_await Through{std::exchange(scanGate, nullptr)};
         co_return result;
     }
     Task<std::set<std::string>> existing(std::vector<std::string> dirs)
     {
+        steps.emplace_back("look");
         std::set<std::string> there;
         for (const std::string& dir : dirs) {
             for (const DiscoveredFacts& facts : found.facts) {
@@ -101,11 +127,14 @@ private:
                     there.insert(dir);
             }
         }
+        co_await Through{std::exchange(lookGate, nullptr)};
         co_return there;
     }
     Task<SharedIdentities> loadShared()
     {
+        steps.emplace_back("identities");
         auto identities = sharedAccounts.load();
+        co_await Through{std::exchange(identitiesGate, nullptr)};
         co_return identities;
     }
 };

@@ -150,10 +150,73 @@ TEST_F(PollerTest, aBlockedAccountIsNoTrouble)
 
 TEST_F(PollerTest, withoutAccountsTheTicksGoOn)
 {
+    const auto start = clock.now();
     poller.startLoop(true);
-    pass(seconds(601));
-    EXPECT_EQ(ticksDone, 6); // the start, and one every two minutes
+    settle();
+    for (int tick = 0; tick < 5; ++tick) { // the start, and one every two minutes
+        EXPECT_EQ(ticksDone, tick + 1);
+        EXPECT_EQ(state.lastUpdated(), start + tick * seconds(120));
+        pass(seconds(120));
+    }
     EXPECT_EQ(calls(), 0);
+}
+
+TEST_F(PollerTest, aLoopThatTheNetworkEndedBeginsAnewWithOneFullRound)
+{
+    add("ada");
+    add("ben");
+    rescan();
+    poller.startLoop(true);
+    settle();
+    pass(seconds(30));
+    ASSERT_EQ(calls(), 2);
+    isOnline = false;
+    poller.observeNetwork(false);
+    EXPECT_FALSE(poller.isRunning());
+    pass(seconds(300));
+    EXPECT_EQ(calls(), 2);
+    isOnline = true;
+    poller.observeNetwork(true);
+    EXPECT_TRUE(poller.isRunning());
+    settle();
+    pass(seconds(61)); // the round takes two seconds, and the slot is a minute
+    EXPECT_EQ(calls(), 4);
+    pass(seconds(1));
+    EXPECT_EQ(calls(), 5);
+    pass(seconds(59));
+    EXPECT_EQ(calls(), 5);
+}
+
+TEST_F(PollerTest, aStepOfTheWallClockChangesNothingInTheSpacing)
+{
+    using std::chrono::hours;
+    const hours jumps[] = {hours(3), hours(-3), hours(240), hours(-240)};
+    add("ada");
+    add("ben");
+    rescan();
+    poller.startLoop(true);
+    settle();
+    pass(seconds(2));
+    auto expected = calls();
+    ASSERT_EQ(expected, 2);
+    for (const auto& jump : jumps) {
+        SCOPED_TRACE(jump.count());
+        clock.advance(seconds(20));
+        clock.jumpTo(clock.now() + jump);
+        settle();
+        auto rest = seconds(40);
+        for (int tick = 0; tick < 4; ++tick) {
+            EXPECT_EQ(clock.untilNextAlarm(), rest);
+            clock.advance(rest - milliseconds(1));
+            settle();
+            EXPECT_EQ(calls(), expected);
+            clock.advance(milliseconds(1));
+            settle();
+            EXPECT_EQ(calls(), ++expected);
+            rest = seconds(60);
+        }
+        EXPECT_EQ(state.lastUpdated(), clock.now());
+    }
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 #include "platform/linux/QtPathMonitor.h"
 
+#include "support/LoopTicks.h"
 #include "support/PassWorker.h"
+#include "support/SilentSocket.h"
+#include "support/TempFolder.h"
 
 #include <QCoreApplication>
 
@@ -101,6 +104,25 @@ TEST_F(QtPathMonitorDeathTest, withoutABackendThePathCountsAsSatisfied)
         std::_Exit(isRight ? 0 : 1);
     };
     EXPECT_EXIT(startWithoutPlugins(), testing::ExitedWithCode(0), "");
+}
+
+// What Qt loads would ask the bus, and wait for it on the main thread.
+TEST_F(QtPathMonitorDeathTest, withABusThatNeverAnswersNothingIsAskedAndThePathCountsAsSatisfied)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto startOnASilentBus = [this] {
+        const test::TempFolder folder;
+        const test::SilentSocket silent(folder.file("bus"));
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", silent.busAddress().c_str());
+        const test::LoopTicks ticks;
+        m_monitor = std::make_unique<QtPathMonitor>(m_worker, silent.busAddress());
+        start();
+        settle();
+        const bool isRight = QNetworkInformation::instance() == nullptr &&
+                             m_updates == std::vector<bool>{true} && ticks.count() >= 50;
+        std::_Exit(isRight ? 0 : 1);
+    };
+    EXPECT_EXIT(startOnASilentBus(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

@@ -116,6 +116,11 @@ std::string PrivateBus::call(const std::string& destination, const std::string& 
     return runToEnd(command(std::move(words), "calls.log"));
 }
 
+void PrivateBus::kill() const
+{
+    ::kill(m_daemon->pid(), SIGKILL);
+}
+
 void PrivateBus::freeze() const
 {
     ::kill(m_daemon->pid(), SIGSTOP);

@@ -38,6 +38,8 @@ public:
                      const std::string& member,
                      const std::vector<std::string>& arguments = {}) const;
     void stop() { m_daemon.reset(); }
+    // Ends it without a word to those who are on it.
+    void kill() const;
     // Stops the bus from answering, without closing anything.
     void freeze() const;
 

@@ -1,7 +1,9 @@
 #include "platform/linux/LogindSleepWatcher.h"
 
 #include "support/FakeClock.h"
+#include "support/LoopTicks.h"
 #include "support/PassWorker.h"
+#include "support/SilentSocket.h"
 #include "support/TempFolder.h"
 #include "support/private_bus/PrivateBus.h"
 
@@ -10,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <vector>
 
 namespace vellumor {
@@ -38,13 +41,22 @@ struct LogindSleepWatcherTest : testing::Test {
         test::passWorker(worker);
         return made;
     }
-    // False when they have not come within ten seconds.
-    bool waitForCalls(std::size_t count) const
+    // False when it has not come true within ten seconds.
+    static bool waitUntil(const std::function<bool()>& isTrue)
     {
         const QDeadlineTimer limit(10'000);
-        while (calls.size() < count && !limit.hasExpired())
+        while (!isTrue() && !limit.hasExpired())
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        return calls.size() == count;
+        return isTrue();
+    }
+    bool waitForCalls(std::size_t count) const
+    {
+        return waitUntil([&] { return calls.size() >= count; }) && calls.size() == count;
+    }
+    // Whether it comes to look at the clocks, or to leave them alone.
+    bool waitForLooking(bool isLooking) const
+    {
+        return waitUntil([&] { return clock.pendingAlarms() == (isLooking ? 1U : 0U); });
     }
     void pass(std::chrono::seconds awake, std::chrono::seconds asleep)
     {
@@ -99,6 +111,81 @@ TEST_F(LogindSleepWatcherOnABusTest, nobodyElseIsBelieved)
     tell("org.example.login1", true);
     tell("org.freedesktop.login1", false);
     ASSERT_TRUE(waitForCalls(1));
+    EXPECT_EQ(calls, Calls{"wake"});
+}
+
+TEST_F(LogindSleepWatcherOnABusTest, theClocksAreLookedAtAsLongAsThereIsNoLogind)
+{
+    const auto watching = watcher(bus.address());
+    ASSERT_TRUE(waitForLooking(true));
+    pass(30s, 31s);
+    EXPECT_EQ(calls, Calls{"wake"});
+    auto process = logind("org.freedesktop.login1");
+    EXPECT_TRUE(waitForLooking(false));
+    pass(3600s, 3600s); // nobody looks
+    EXPECT_EQ(calls, Calls{"wake"});
+    process.reset();
+    EXPECT_TRUE(waitForLooking(true));
+    pass(30s, 0s); // what was slept while logind was there is its own
+    EXPECT_EQ(calls, Calls{"wake"});
+    pass(30s, 31s);
+    EXPECT_EQ(calls, (Calls{"wake", "wake"}));
+}
+
+TEST_F(LogindSleepWatcherOnABusTest, aLogindThatGoesAwayDuringASleepEndsIt)
+{
+    auto process = logind("org.freedesktop.login1");
+    const auto watching = watcher(bus.address());
+    tell("org.freedesktop.login1", true);
+    ASSERT_TRUE(waitForCalls(1));
+    process.reset();
+    ASSERT_TRUE(waitForCalls(2));
+    EXPECT_EQ(calls, (Calls{"sleep", "wake"}));
+    EXPECT_TRUE(waitForLooking(true));
+    pass(30s, 0s);
+    process = logind("org.freedesktop.login1");
+    EXPECT_TRUE(waitForLooking(false));
+    process.reset();
+    EXPECT_TRUE(waitForLooking(true));
+    EXPECT_EQ(calls, (Calls{"sleep", "wake"})); // told once
+}
+
+TEST_F(LogindSleepWatcherOnABusTest, aBusThatIsLostDuringASleepEndsIt)
+{
+    const auto process = logind("org.freedesktop.login1");
+    const auto watching = watcher(bus.address());
+    tell("org.freedesktop.login1", true);
+    ASSERT_TRUE(waitForCalls(1));
+    bus.kill();
+    ASSERT_TRUE(waitForCalls(2));
+    EXPECT_EQ(calls, (Calls{"sleep", "wake"}));
+    EXPECT_TRUE(waitForLooking(true));
+    pass(30s, 31s);
+    EXPECT_EQ(calls, (Calls{"sleep", "wake", "wake"}));
+}
+
+TEST_F(LogindSleepWatcherOnABusTest, aBusThatIsLostWhileTheMachineIsAwakeLeavesTheClocks)
+{
+    const auto process = logind("org.freedesktop.login1");
+    const auto watching = watcher(bus.address());
+    tell("org.freedesktop.login1", false); // so that it is known to be there
+    ASSERT_TRUE(waitForCalls(1));
+    ASSERT_TRUE(waitForLooking(false));
+    bus.kill();
+    EXPECT_TRUE(waitForLooking(true));
+    EXPECT_EQ(calls, Calls{"wake"});
+    pass(30s, 31s);
+    EXPECT_EQ(calls, (Calls{"wake", "wake"}));
+}
+
+TEST_F(LogindSleepWatcherTest, aBusThatNeverAnswersHoldsNobodyUpAndLeavesTheClocks)
+{
+    const test::SilentSocket silent(folder.file("bus"));
+    const test::LoopTicks ticks;
+    const auto watching = watcher(silent.busAddress());
+    EXPECT_TRUE(waitForLooking(true));
+    EXPECT_GE(ticks.count(), 50); // of the two seconds that a bus is given
+    pass(30s, 31s);
     EXPECT_EQ(calls, Calls{"wake"});
 }
 

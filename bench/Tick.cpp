@@ -1,0 +1,126 @@
+#include "Ratio.h"
+
+#include "simulation/SimulatedProgram.h"
+#include "store/AccountFiles.h"
+
+#include <QCoreApplication>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+namespace vellumor::bench {
+
+namespace {
+
+using namespace simulation;
+
+constexpr int accounts = 4;
+constexpr int samplesOfAWeek = 10080; // one a minute
+constexpr const char* nobody = "/home/nobody/.claude";
+
+Usage reading(Instant at, int number)
+{
+    Usage usage;
+    usage.fetchedAt = at;
+    double percent = 0.25 * (number % 400);
+    for (const char* kind : {"session", "weekly_all", "seven_day_opus"}) {
+        LimitWindow window;
+        window.kind = kind;
+        window.percent = percent += 0.5;
+        usage.windows.push_back(std::move(window));
+    }
+    return usage;
+}
+
+// Four accounts, each with a week of history that is full, and the program that polls them; its
+// time moves only when it is told to.
+class FourFullWeeks {
+public:
+    FourFullWeeks()
+    {
+        for (int account = 0; account < accounts; ++account)
+            fill(m_kept, m_home.configDir(m_home.add(m_clock.now())));
+        fill(m_aside, nobody);
+        wait(m_program.state().rescan());
+        for (const auto& [configDir, history] : m_program.state().historyByDir()) {
+            if (history->size() != samplesOfAWeek)
+                std::abort();
+        }
+    }
+
+    // One account's turn.
+    void tick()
+    {
+        const auto before = m_program.state().historyByDir();
+        pass(std::chrono::seconds(60));
+        wait(m_program.state().refreshNext());
+        if (m_program.state().historyByDir() == before) // nothing was read, and nothing learnt
+            std::abort();
+    }
+    // A reading of an account that nobody polls.
+    void append()
+    {
+        const Instant at = m_start + std::chrono::minutes(++m_appended);
+        m_history.append(reading(at, m_appended), nobody, at);
+    }
+
+private:
+    // Its minutes end where the clock stands.
+    void fill(const std::string& folder, const std::string& configDir) const
+    {
+        UsageSamples samples;
+        for (int i = samplesOfAWeek; i > 0; --i)
+            samples.push_back(UsageSample::of(reading(m_start - std::chrono::minutes(i), i)));
+        m_files.write(encodeSamples(samples).value(), AccountFiles::path(folder, configDir));
+    }
+    void pass(milliseconds time) { m_timeline.runUntil(m_timeline.now() + time); }
+    void wait(Task<> task)
+    {
+        for (settle(); !task.isReady(); settle())
+            pass(std::chrono::milliseconds(400));
+        if (m_program.state().historyByDir().size() != accounts)
+            std::abort();
+    }
+    void settle()
+    {
+        QCoreApplication::processEvents();
+        while (m_worker.awaited() > 0)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+    test::FakeClock m_clock;
+    Instant m_start = m_clock.now();
+    Worker m_worker;
+    FileStore m_files;
+    Timeline m_timeline{m_clock, [this] { settle(); }};
+    Home m_home;
+    Folders m_folders{m_home.path(), m_home.path() + "/data", m_home.path() + "/config"};
+    Endpoint m_endpoint{m_timeline, m_clock,
+                        [](std::string_view token) { return Home::ownerOf(token); },
+                        [](std::string_view token) { return Home::ownerOf(token); }};
+    std::mt19937 m_random;
+    std::string m_kept = m_folders.vellumor() + "/history";
+    std::string m_aside = m_home.path() + "/aside"; // where nothing is pruned
+    UsageHistoryStore m_history{m_files, m_aside};
+    SimulatedProgram m_program{{m_timeline, m_clock, m_worker, m_files, m_folders, m_home,
+                                m_endpoint, m_random, [](int) { return 1; }, [] {}}};
+    int m_appended = 0;
+};
+
+} // namespace
+
+std::vector<Comparison> tick()
+{
+    const auto weeks = std::make_shared<FourFullWeeks>();
+    Comparison comparison{"a tick with four weeks of history, CPU time",
+                          [weeks] { weeks->tick(); },
+                          [weeks] { weeks->append(); },
+                          100,
+                          1,
+                          1.5};
+    comparison.isCpuTime = true;
+    return {comparison};
+}
+
+} // namespace vellumor::bench

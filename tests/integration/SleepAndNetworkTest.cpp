@@ -1,0 +1,226 @@
+// The real program on a machine that goes to sleep, wakes up, and comes and goes on the network.
+
+#include "integration/Machine.h"
+#include "integration/ProgramWorld.h"
+#include "support/LoopbackServer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace vellumor {
+namespace {
+
+using test::Answer;
+using test::ChildProcess;
+using test::LoopbackServer;
+using test::Machine;
+using test::ProgramWorld;
+using test::SeenRequest;
+using Network = Machine::Network;
+
+// An endpoint that fails, so that nothing is cached: each round asks for each account.
+struct SleepAndNetworkTest : testing::Test {
+    ProgramWorld world;
+    Machine machine{world.folder.makeFolder("machine")};
+    Answer answer{500, {}, "{}"};
+    LoopbackServer server{[this](const SeenRequest&) { return answer; }};
+
+    SleepAndNetworkTest() { prepare(world); }
+
+    void prepare(ProgramWorld& some) const
+    {
+        some.environment["DISPLAY"] = ":99";
+        some.environment["VELLUMOR_API_BASE"] = "http://127.0.0.1:" + std::to_string(server.port());
+        some.environment["DBUS_SYSTEM_BUS_ADDRESS"] = machine.bus().address();
+    }
+    // Starts it, and returns once it listens to the machine.
+    [[nodiscard]] std::unique_ptr<ChildProcess> startOnMachine() const
+    {
+        auto program = world.start();
+        EXPECT_TRUE(ProgramWorld::waitUntil([this] { return machine.isListenedTo(); }));
+        // The last thing of a start.
+        EXPECT_TRUE(ProgramWorld::waitUntil(
+            [this] { return world.hasFile(".local/share/Quorle/presence/vellumor.json"); }));
+        machine.waitUntilHeardBy(program->pid());
+        world.endJoining();
+        return program;
+    }
+    void sleep(const ChildProcess& program) const
+    {
+        machine.goToSleep();
+        machine.waitUntilHeardBy(program.pid());
+    }
+    void wake(const ChildProcess& program) const
+    {
+        machine.wakeUp();
+        machine.waitUntilHeardBy(program.pid());
+    }
+    void network(const ChildProcess& program, Network state) const
+    {
+        machine.setNetwork(state);
+        machine.waitUntilHeardBy(program.pid());
+    }
+
+    [[nodiscard]] std::size_t requests() const { return server.requests().size(); }
+    [[nodiscard]] std::size_t requestsOf(const std::string& token) const
+    {
+        const auto& all = server.requests();
+        return static_cast<std::size_t>(
+            std::count_if(all.begin(), all.end(), [&](const SeenRequest& request) {
+                return request.header("authorization") == "Bearer " + token;
+            }));
+    }
+    [[nodiscard]] bool waitForRequests(std::size_t count) const
+    {
+        return ProgramWorld::waitUntil([&] { return requests() >= count; }) && requests() == count;
+    }
+};
+
+TEST_F(SleepAndNetworkTest, aWakeGivesOneFullRoundAtOnce)
+{
+    world.signIn(".claude", "first-token");
+    world.signIn(".claude-work", "second-token");
+    const auto program = startOnMachine();
+    ASSERT_TRUE(waitForRequests(2));
+    for (std::size_t round = 2; round <= 3; ++round) {
+        sleep(*program);
+        wake(*program);
+        ASSERT_TRUE(waitForRequests(2 * round));
+        EXPECT_EQ(requestsOf("first-token"), round);
+        EXPECT_EQ(requestsOf("second-token"), round);
+    }
+}
+
+TEST_F(SleepAndNetworkTest, aWakeRenewsAReadingThatHasGrownOldInTheSleep)
+{
+    answer = {200, {}, R"({"limits":[{"kind":"session","group":"session","percent":62}]})"};
+    world.signIn(".claude", "a-token");
+    const auto program = startOnMachine();
+    for (std::size_t round = 1; round <= 3; ++round) {
+        ASSERT_TRUE(waitForRequests(round));
+        ASSERT_TRUE(ProgramWorld::waitUntil([&] {
+            const std::string reading = world.sharedReading();
+            return !reading.empty() && reading.find(ProgramWorld::longAgo) == std::string::npos;
+        }));
+        sleep(*program);
+        world.makeSharedReadingOld();
+        wake(*program);
+    }
+    EXPECT_TRUE(waitForRequests(4));
+}
+
+TEST_F(SleepAndNetworkTest, everyReturnToTheNetworkGivesOneRound)
+{
+    const std::pair<Network, bool> rows[] = {
+        // the state, and whether it brings a round
+        {Network::disconnected, false}, {Network::global, true},
+        {Network::site, false}, // online as before
+        {Network::local, false},        {Network::site, true},
+        {Network::disconnected, false}, {Network::local, false},
+        {Network::global, true},
+    };
+    world.signIn(".claude", "a-token");
+    const auto program = startOnMachine();
+    std::size_t expected = 1;
+    ASSERT_TRUE(waitForRequests(expected));
+    for (const auto& [state, bringsRound] : rows) {
+        SCOPED_TRACE(static_cast<int>(state));
+        network(*program, state);
+        expected += bringsRound ? 1U : 0U;
+        ASSERT_TRUE(waitForRequests(expected));
+    }
+    wake(*program); // whatever was one too many has come by now
+    EXPECT_TRUE(waitForRequests(expected + 1));
+}
+
+TEST_F(SleepAndNetworkTest, aWakeWhileOfflineWaitsForTheNetwork)
+{
+    world.signIn(".claude", "a-token");
+    const auto program = startOnMachine();
+    ASSERT_TRUE(waitForRequests(1));
+    sleep(*program);
+    network(*program, Network::disconnected);
+    wake(*program);
+    network(*program, Network::global);
+    ASSERT_TRUE(waitForRequests(2));
+    wake(*program);
+    EXPECT_TRUE(waitForRequests(3));
+}
+
+TEST_F(SleepAndNetworkTest, aStartWithoutANetworkWaitsForIt)
+{
+    machine.setNetwork(Network::disconnected);
+    world.signIn(".claude", "a-token");
+    const auto program = startOnMachine();
+    EXPECT_EQ(requests(), 0U);
+    network(*program, Network::global);
+    EXPECT_TRUE(waitForRequests(1));
+}
+
+// Whether the ticks really stop takes minutes to see. So the programs run sixty times faster, and
+// another one, which no machine speaks to, shows how many ticks have gone by.
+struct LongSpellTest : SleepAndNetworkTest {
+    ProgramWorld other;
+
+    LongSpellTest()
+    {
+        prepare(other);
+        other.environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent";
+        world.signIn(".claude", "a-token");
+        other.signIn(".claude", "other-token");
+        for (ProgramWorld* each : {&world, &other}) {
+            each->environment["LD_PRELOAD"] = VELLUMOR_FAKETIME;
+            each->environment["FAKETIME"] = "+0 x60";
+            each->environment["ASAN_OPTIONS"] = "verify_asan_link_order=0"; // it is not the first
+            each->folder.put("home/.local/share/Vellumor/preferences.json",
+                             R"({"userInterval":60})");
+        }
+    }
+    // Ticks of two programs lie at most a fifth apart, so two at least are due in three of another.
+    [[nodiscard]] bool waitForThreeTicks() const
+    {
+        const std::size_t before = requestsOf("other-token");
+        return ProgramWorld::waitUntil([&] { return requestsOf("other-token") >= before + 3; });
+    }
+    [[nodiscard]] bool waitForOwnRequest(std::size_t before) const
+    {
+        return ProgramWorld::waitUntil([&] { return requestsOf("a-token") > before; });
+    }
+};
+
+TEST_F(LongSpellTest, asleepOrOfflineItAsksForNothing)
+{
+    const auto watch = other.start();
+    const auto program = startOnMachine();
+    sleep(*program);
+    std::size_t before = requestsOf("a-token");
+    ASSERT_TRUE(waitForThreeTicks());
+    EXPECT_LE(requestsOf("a-token"), before + 1) << "asleep; one may have been under way";
+
+    wake(*program);
+    ASSERT_TRUE(waitForOwnRequest(before));
+    network(*program, Network::disconnected);
+    wake(*program);
+    before = requestsOf("a-token");
+    ASSERT_TRUE(waitForThreeTicks());
+    EXPECT_LE(requestsOf("a-token"), before + 1) << "offline";
+
+    before = requestsOf("a-token");
+    network(*program, Network::global);
+    ASSERT_TRUE(waitForOwnRequest(before));
+    ASSERT_TRUE(waitForThreeTicks());
+    EXPECT_GE(requestsOf("a-token"), before + 2) << "the ticks go on";
+}
+
+TEST_F(SleepAndNetworkTest, aNetworkManagerThatHangsHoldsNobodyUp)
+{
+    world.signIn(".claude", "a-token");
+    machine.hangNetworkManager();
+    const auto program = world.start();
+    ASSERT_TRUE(waitForRequests(1)); // within ten seconds; asked directly, it would take 25
+    world.endJoining();
+}
+
+} // namespace
+} // namespace vellumor
