@@ -1,4 +1,5 @@
 #include "Ratio.h"
+#include "SampleReading.h"
 
 #include "history/UsageHistoryStore.h"
 #include "store/AccountFiles.h"
@@ -20,17 +21,9 @@ constexpr const char* configDir = "/home/ada/.claude";
 
 Usage reading(int minute)
 {
-    Usage usage;
-    usage.fetchedAt = Instant(std::chrono::seconds(1772359200)) + std::chrono::minutes(minute) +
-                      std::chrono::milliseconds(minute % 1000);
-    double percent = 0.25 * (minute % 400);
-    for (const char* kind : {"session", "weekly_all", "seven_day_opus"}) {
-        LimitWindow window;
-        window.kind = kind;
-        window.percent = percent += 0.5;
-        usage.windows.push_back(std::move(window));
-    }
-    return usage;
+    return sampleReading(Instant(std::chrono::seconds(1772359200)) + std::chrono::minutes(minute) +
+                             std::chrono::milliseconds(minute % 1000),
+                         minute);
 }
 
 // A store whose file holds a full week, to which the next minute can be added for ever.

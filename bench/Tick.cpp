@@ -1,4 +1,5 @@
 #include "Ratio.h"
+#include "SampleReading.h"
 
 #include "simulation/SimulatedProgram.h"
 #include "store/AccountFiles.h"
@@ -18,20 +19,6 @@ using namespace simulation;
 constexpr int accounts = 4;
 constexpr int samplesOfAWeek = 10080; // one a minute
 constexpr const char* nobody = "/home/nobody/.claude";
-
-Usage reading(Instant at, int number)
-{
-    Usage usage;
-    usage.fetchedAt = at;
-    double percent = 0.25 * (number % 400);
-    for (const char* kind : {"session", "weekly_all", "seven_day_opus"}) {
-        LimitWindow window;
-        window.kind = kind;
-        window.percent = percent += 0.5;
-        usage.windows.push_back(std::move(window));
-    }
-    return usage;
-}
 
 // Four accounts, each with a week of history that is full, and the program that polls them; its
 // time moves only when it is told to.
@@ -62,7 +49,7 @@ public:
     void append()
     {
         const Instant at = m_start + std::chrono::minutes(++m_appended);
-        m_history.append(reading(at, m_appended), nobody, at);
+        m_history.append(sampleReading(at, m_appended), nobody, at);
     }
 
 private:
@@ -71,7 +58,7 @@ private:
     {
         UsageSamples samples;
         for (int i = samplesOfAWeek; i > 0; --i)
-            samples.push_back(UsageSample::of(reading(m_start - std::chrono::minutes(i), i)));
+            samples.push_back(UsageSample::of(sampleReading(m_start - std::chrono::minutes(i), i)));
         m_files.write(encodeSamples(samples).value(), AccountFiles::path(folder, configDir));
     }
     void pass(milliseconds time) { m_timeline.runUntil(m_timeline.now() + time); }

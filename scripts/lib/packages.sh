@@ -4,7 +4,7 @@
 packages_build=(
     g++ cmake ninja-build pkg-config ca-certificates
     qt6-base-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
-    libre2-dev libsecret-1-dev
+    libre2-dev libglib2.0-dev libsecret-1-dev
 )
 packages_soak=(faketime python3)
 packages_idle=(dbus-daemon libglib2.0-bin python3 python3-dbusmock)

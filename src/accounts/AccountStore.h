@@ -22,8 +22,8 @@ struct RemovedAccount {
 };
 
 // What the user decided about each config directory: its name, place, and whether it is tracked,
-// pinned or hidden. Every change is written at once, here and into the shared file, by `runJob`.
-// Main thread only.
+// pinned or hidden. Every change is handed to `runJob` at once, to be written here and into the
+// shared file. Main thread only.
 class AccountStore {
 public:
     // Compares two names for the list of hidden accounts: true when the first comes first.

@@ -18,6 +18,7 @@ std::tm localTime(Instant instant)
     const std::time_t seconds =
         std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count();
     std::tm fields{};
+    ::tzset(); // the user may have gone to another zone
     ::localtime_r(&seconds, &fields);
     return fields;
 }

@@ -17,6 +17,13 @@ bool isSameMoment(Instant one, Instant other)
     return std::chrono::floor<milliseconds>(one) == std::chrono::floor<milliseconds>(other);
 }
 
+UsageSamples samplesIn(const FileContents& contents)
+{
+    if (contents.status != ReadStatus::ok)
+        return {};
+    return decodeSamples(contents.bytes).value_or(UsageSamples());
+}
+
 } // namespace
 
 UsageHistoryStore::UsageHistoryStore(const FileStore& files, std::string dir)
@@ -49,10 +56,17 @@ UsageHistoryStore::Shared UsageHistoryStore::load(const std::string& configDir)
     // Taken before the reading, so that a write in between is not missed the next time.
     const std::string path = AccountFiles::path(m_dir, configDir);
     const auto file = m_files.fingerprint(path);
-    Known& known = m_known[path];
-    if (known.samples == nullptr || known.file != file)
-        known = {file, std::make_shared<const UsageSamples>(loadFrom(m_dir, configDir))};
-    return known.samples;
+    const auto known = m_known.find(path);
+    if (known != m_known.end() && known->second.file == file)
+        return known->second.samples;
+    const FileContents contents = readFile(path, maxHistorySize);
+    const auto samples = std::make_shared<const UsageSamples>(samplesIn(contents));
+    // What cannot be read now may be readable the next time, as the same file.
+    if (contents.status == ReadStatus::ok || contents.status == ReadStatus::missing)
+        m_known[path] = {file, samples};
+    else
+        m_known.erase(path);
+    return samples;
 }
 
 void UsageHistoryStore::prune(const std::vector<std::string>& keptConfigDirs)
@@ -64,10 +78,7 @@ void UsageHistoryStore::prune(const std::vector<std::string>& keptConfigDirs)
 
 UsageSamples UsageHistoryStore::loadFrom(const std::string& dir, const std::string& configDir)
 {
-    const FileContents contents = readFile(AccountFiles::path(dir, configDir), maxHistorySize);
-    if (contents.status != ReadStatus::ok)
-        return {};
-    return decodeSamples(contents.bytes).value_or(UsageSamples());
+    return samplesIn(readFile(AccountFiles::path(dir, configDir), maxHistorySize));
 }
 
 UsageSamples UsageHistoryStore::trim(UsageSamples samples, Instant now, double retentionSeconds)

@@ -8,9 +8,9 @@
 
 namespace vellumor {
 
-// The current settings; each change is written at once, by `runJob`. Main thread only. A file that
-// is missing, broken or of a newer version counts as the defaults, and is replaced by the first
-// change.
+// The current settings; each change is handed to `runJob` at once, to be written. Main thread only.
+// A file that is missing, broken or of a newer version counts as the defaults, and is replaced by
+// the first change.
 class PreferencesStore {
 public:
     // Loads; creates nothing. `files` outlives the store.

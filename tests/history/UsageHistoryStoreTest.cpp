@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <limits>
 
 namespace vellumor {
@@ -47,6 +49,33 @@ struct UsageHistoryStoreTest : testing::Test {
         test::putBytes(path, encodeSamples(samples).value());
     }
 };
+
+TEST_F(UsageHistoryStoreTest, whatCouldNotBeReadIsReadTheNextTimeThoughTheFileIsTheSame)
+{
+    put({sample(now)});
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none); // no file can be opened
+    EXPECT_EQ(*store.load("/a"), UsageSamples());
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now)});
+}
+
+TEST_F(UsageHistoryStoreTest, whatStandsAsBeforeIsNotReadAgain)
+{
+    put({sample(now)});
+    const auto first = store.load("/a");
+    EXPECT_EQ(store.load("/a"), first);
+    store.append(reading(now + 1s), "/a", now);
+    const auto appended = store.load("/a");
+    EXPECT_EQ(appended->size(), 2U);
+    EXPECT_EQ(store.load("/a"), appended);
+    EXPECT_EQ(*appended, UsageHistoryStore::loadFrom(dir, "/a"));
+    put({sample(now + 2s)});
+    EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now + 2s)});
+    EXPECT_EQ(first->size(), 1U); // who holds them keeps them
+}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "platform/linux/LogindSleepWatcher.h"
 
+#include "async/OrEnd.h"
 #include "base/Log.h"
 #include "platform/linux/SystemBus.h"
 
@@ -58,7 +59,7 @@ void LogindSleepWatcher::start(std::function<void()> willSleep, std::function<vo
 {
     m_willSleep = std::move(willSleep);
     m_didWake = std::move(didWake);
-    m_begun = begin(this, m_worker);
+    m_begun = orEnd(begin(this, m_worker));
 }
 
 Task<> LogindSleepWatcher::begin(QPointer<LogindSleepWatcher> self, Worker& worker)

@@ -1,6 +1,9 @@
 #include "platform/linux/QtPathMonitor.h"
 
+#include "async/OrEnd.h"
 #include "platform/linux/SystemBus.h"
+
+#include <QTimer>
 
 #include <utility>
 
@@ -20,16 +23,18 @@ bool isSatisfied(QNetworkInformation::Reachability reachability)
     return reachability != Reachability::Disconnected && reachability != Reachability::Local;
 }
 
-QtPathMonitor::QtPathMonitor(Worker& worker, std::string systemBusAddress)
+QtPathMonitor::QtPathMonitor(Worker& worker, std::string systemBusAddress,
+                             std::chrono::milliseconds lookAgainAfter)
     : m_worker(worker)
     , m_systemBusAddress(std::move(systemBusAddress))
+    , m_lookAgainAfter(lookAgainAfter)
 {
 }
 
 void QtPathMonitor::start(std::function<void(bool satisfied)> onUpdate)
 {
     m_onUpdate = std::move(onUpdate);
-    m_begun = begin(&m_life, *this);
+    m_begun = orEnd(begin(&m_life, *this));
 }
 
 Task<> QtPathMonitor::begin(QPointer<QObject> life, QtPathMonitor& monitor)
@@ -38,15 +43,26 @@ Task<> QtPathMonitor::begin(QPointer<QObject> life, QtPathMonitor& monitor)
         return SystemBus::isSilent(address, networkManagerState);
     };
     const bool isSilent = co_await monitor.m_worker.run(std::move(look));
-    if (life)
-        monitor.listen(!isSilent);
+    if (!life)
+        co_return;
+    if (isSilent)
+        monitor.lookLater();
+    else
+        monitor.listen();
 }
 
-void QtPathMonitor::listen(bool mayAsk)
+// A machine that has just been started may take its time.
+void QtPathMonitor::lookLater()
+{
+    m_onUpdate(true);
+    QTimer::singleShot(m_lookAgainAfter, &m_life,
+                       [this] { m_begun = orEnd(begin(&m_life, *this)); });
+}
+
+void QtPathMonitor::listen()
 {
     using Reachability = QNetworkInformation::Reachability;
-    if (!mayAsk ||
-        !QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability)) {
+    if (!QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability)) {
         m_onUpdate(true);
         return;
     }

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <chrono>
 #include <string>
 
 namespace vellumor {
@@ -22,16 +23,19 @@ namespace vellumor {
 class QtPathMonitor final : public PathMonitor {
 public:
     // `worker` outlives it; the address as DBUS_SYSTEM_BUS_ADDRESS has it, empty for the usual one.
-    QtPathMonitor(Worker& worker, std::string systemBusAddress);
+    QtPathMonitor(Worker& worker, std::string systemBusAddress,
+                  std::chrono::milliseconds lookAgainAfter = std::chrono::minutes(1));
 
     void start(std::function<void(bool satisfied)> onUpdate) override;
 
 private:
     [[nodiscard]] static Task<> begin(QPointer<QObject> life, QtPathMonitor& monitor);
-    void listen(bool mayAsk);
+    void listen();
+    void lookLater();
 
     Worker& m_worker;
     std::string m_systemBusAddress;
+    std::chrono::milliseconds m_lookAgainAfter;
     std::function<void(bool)> m_onUpdate;
     QObject m_life; // what Qt asks whether it may still call
     Task<> m_begun;

@@ -4,8 +4,10 @@
 #include "support/PassWorker.h"
 #include "support/SilentSocket.h"
 #include "support/TempFolder.h"
+#include "support/private_bus/PrivateBus.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 
 #include <gtest/gtest.h>
 
@@ -16,6 +18,7 @@
 namespace vellumor {
 namespace {
 
+using namespace std::chrono_literals;
 using Reachability = QNetworkInformation::Reachability;
 
 class QtPathMonitorTest : public testing::Test {
@@ -123,6 +126,29 @@ TEST_F(QtPathMonitorDeathTest, withABusThatNeverAnswersNothingIsAskedAndThePathC
         std::_Exit(isRight ? 0 : 1);
     };
     EXPECT_EXIT(startOnASilentBus(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(QtPathMonitorTest, aBusThatTakesItsTimeIsListenedToInTheEnd)
+{
+    const test::TempFolder folder;
+    const test::PrivateBus bus(folder.makeFolder("bus"));
+    bus.freeze();
+    m_monitor = std::make_unique<QtPathMonitor>(m_worker, bus.address(), 10ms);
+    start();
+    settle();
+    EXPECT_EQ(m_updates, std::vector<bool>{true});
+    bus.thaw();
+    // A repeated look gives the same answer once more.
+    const QDeadlineTimer limit(20'000);
+    const auto isHeard = [this] {
+        m_updates.clear();
+        if (auto* const system = QNetworkInformation::instance())
+            emit system->reachabilityChanged(Reachability::Disconnected);
+        return m_updates == std::vector<bool>{false};
+    };
+    while (!isHeard() && !limit.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    EXPECT_TRUE(isHeard());
 }
 
 } // namespace

@@ -126,6 +126,11 @@ void PrivateBus::freeze() const
     ::kill(m_daemon->pid(), SIGSTOP);
 }
 
+void PrivateBus::thaw() const
+{
+    ::kill(m_daemon->pid(), SIGCONT);
+}
+
 ChildProcess::Command PrivateBus::command(std::vector<std::string> arguments,
                                           const std::string& logName) const
 {

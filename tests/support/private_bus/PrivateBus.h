@@ -42,6 +42,7 @@ public:
     void kill() const;
     // Stops the bus from answering, without closing anything.
     void freeze() const;
+    void thaw() const; // it goes on
 
     [[nodiscard]] const std::string& address() const { return m_address; }
     // For programs that run on this bus: home and all folders of the user below `folder`.
