@@ -60,7 +60,7 @@ UsageHistoryStore::Shared UsageHistoryStore::load(const std::string& configDir)
     if (known != m_known.end() && known->second.file == file)
         return known->second.samples;
     const FileContents contents = readFile(path, maxHistorySize);
-    const auto samples = std::make_shared<const UsageSamples>(samplesIn(contents));
+    auto samples = std::make_shared<const UsageSamples>(samplesIn(contents));
     // What cannot be read now may be readable the next time, as the same file.
     if (contents.status == ReadStatus::ok || contents.status == ReadStatus::missing)
         m_known[path] = {file, samples};
