@@ -65,7 +65,7 @@ std::unique_ptr<ChildProcess> ProgramWorld::start(const std::string& logName) co
     return std::make_unique<ChildProcess>(command);
 }
 
-Environment ProgramWorld::watchedEnvironment(const std::string& reportFile) const
+Environment ProgramWorld::watchedEnvironment([[maybe_unused]] const std::string& reportFile) const
 {
     Environment watched = environment;
 #ifdef VELLUMOR_LOOP_WATCH
