@@ -6,7 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <limits>
 
@@ -50,15 +51,37 @@ struct UsageHistoryStoreTest : testing::Test {
     }
 };
 
+// Nobody, where the tests are run by the one who may read everything.
+class AsSomebodyElse {
+public:
+    AsSomebodyElse()
+    {
+        if (::geteuid() == 0)
+            m_isOther = ::seteuid(65534) == 0;
+    }
+    AsSomebodyElse(const AsSomebodyElse&) = delete;
+    AsSomebodyElse& operator=(const AsSomebodyElse&) = delete;
+    ~AsSomebodyElse()
+    {
+        if (m_isOther && ::seteuid(0) != 0)
+            ADD_FAILURE() << "nobody for good";
+    }
+
+private:
+    bool m_isOther = false;
+};
+
 TEST_F(UsageHistoryStoreTest, whatCouldNotBeReadIsReadTheNextTimeThoughTheFileIsTheSame)
 {
     put({sample(now)});
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{0, before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none); // no file can be opened
-    EXPECT_EQ(*store.load("/a"), UsageSamples());
-    ::setrlimit(RLIMIT_NOFILE, &before);
+    for (const std::string& entered : {folder.path(), folder.file("Vellumor"), dir})
+        ASSERT_EQ(::chmod(entered.c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(path.c_str(), 0), 0);
+    {
+        const AsSomebodyElse somebody;
+        EXPECT_EQ(*store.load("/a"), UsageSamples());
+    }
+    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
     EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now)});
 }
 
