@@ -1,11 +1,9 @@
 #include "app/state/AppState.h"
 
-#include "accounts/AccountMerge.h"
 #include "app/state/AccountList.h"
 #include "app/state/Stagger.h"
 #include "async/Sleep.h"
 #include "base/Log.h"
-#include "base/Text.h"
 #include "usage/ClaimGate.h"
 
 #include <fmt/format.h>
@@ -25,28 +23,6 @@ bool hasError(const AccountUsageState* state, std::initializer_list<Kind> kinds)
 {
     return state != nullptr && state->lastError &&
            std::find(kinds.begin(), kinds.end(), state->lastError->kind) != kinds.end();
-}
-
-std::vector<std::string> hiddenDirs(const StoredAccounts& records)
-{
-    std::vector<std::string> dirs;
-    for (const auto& [configDir, record] : records) {
-        if (record.isRemoved())
-            dirs.push_back(configDir);
-    }
-    return dirs;
-}
-
-// What was read from the shared file, but for what this program has changed since it was asked for.
-SharedIdentities withOwnChanges(SharedIdentities read, const SharedIdentities& before,
-                                const SharedIdentities& now)
-{
-    for (const auto& [configDir, identity] : now) {
-        const auto known = before.find(configDir);
-        if (known == before.end() || known->second != identity)
-            read.insert_or_assign(configDir, identity);
-    }
-    return read;
 }
 
 } // namespace
@@ -268,184 +244,6 @@ void AppState::apply(const FetchOutcome& outcome, const std::string& id)
              (outcome.source == UsageSource::endpoint || outcome.source == UsageSource::cli))
         m_parseFailStreak.erase(id);
     m_notice.announce();
-}
-
-// --- Scans --------------------------------------------------------------------------------------
-
-Task<> AppState::rescan()
-{
-    DiscoveryInputs inputs{m_parts.store.knownDirs(), serviceOverrides(m_parts.store.records())};
-    const auto looked = inputs.knownDirs;
-    DiscoveryResult result = co_await m_parts.discover(std::move(inputs));
-    if (result.scanFailed)
-        co_return;
-    const auto hidden = hiddenDirs(m_parts.store.records());
-    const auto existing = co_await m_parts.existingFolders(hidden);
-    const auto before = AccountMerge::sharedIdentities(m_parts.store.records());
-    auto read = co_await m_parts.loadSharedIdentities();
-    const auto shared = withOwnChanges(std::move(read), before,
-                                       AccountMerge::sharedIdentities(m_parts.store.records()));
-    // One that was hidden meanwhile has not been asked about.
-    m_parts.store.forgetVanishedRemovals([&](const std::string& dir) {
-        return existing.contains(dir) ||
-               std::find(hidden.begin(), hidden.end(), dir) == hidden.end();
-    });
-    m_lastFacts = std::move(result.facts);
-    rederive(shared);
-    if (!m_accounts.empty() || m_parts.store.knownDirs().empty())
-        co_await prune(looked);
-    co_await reloadHistory();
-    co_await reloadAnchors();
-}
-
-void AppState::rederive(const SharedIdentities& shared)
-{
-    m_accounts =
-        AccountMerge::merge(m_lastFacts, shared, m_parts.store.records(), AccountMerge::randomSlug);
-    m_parts.store.persist();
-    std::erase_if(m_states, [this](const auto& entry) { return account(entry.first) == nullptr; });
-    for (const Account& each : m_accounts) {
-        const bool isSignedOut = each.tokenStatus == TokenStatus::signedOut;
-        if (!m_states.contains(each.id) && !isSignedOut)
-            continue;
-        AccountUsageState& state = m_states[each.id];
-        state = forgettingSupersededConclusions(std::move(state), each.tokenExpiresAt);
-        if (isSignedOut) {
-            state.lastError = UsageFetchError{Kind::unauthorized, {}, {}, 0};
-            state.revival = RevivalStatus::needsSignIn;
-            state.concludedAbout = each.tokenExpiresAt;
-        }
-    }
-    m_notice.announce();
-}
-
-// What belongs to no account any more goes. What belongs to a hidden one stays, so that bringing it
-// back restores it as it was, and so does what the scan was not asked to look for: it was hidden
-// when the scan began.
-Task<> AppState::prune(std::vector<std::string> looked)
-{
-    auto keep = AccountList::configDirs(m_accounts);
-    for (const auto& [configDir, record] : m_parts.store.records()) {
-        if (record.isRemoved() ||
-            std::find(looked.begin(), looked.end(), configDir) == looked.end())
-            keep.push_back(configDir);
-    }
-    auto pruneStore = [keep](auto& store) { store.prune(keep); };
-    co_await m_parts.stores.cache(pruneStore);
-    co_await m_parts.stores.snapshots(pruneStore);
-    co_await m_parts.stores.history(pruneStore);
-    co_await m_parts.stores.anchors(pruneStore);
-}
-
-Task<> AppState::seedFromSnapshots()
-{
-    auto load = [](UsageSnapshotStore& snapshots) { return snapshots.load(); };
-    auto readings = co_await m_parts.stores.snapshots(std::move(load));
-    for (const Account& each : m_accounts) {
-        const auto reading = readings.find(each.configDir);
-        const auto* known = state(each.id);
-        if (reading == readings.end() || (known != nullptr && known->usage))
-            continue;
-        AccountUsageState& seeded = m_states[each.id];
-        seeded.usage = reading->second;
-        seeded.source = UsageSource::snapshot;
-    }
-    m_notice.announce();
-}
-
-Task<> AppState::reloadHistory()
-{
-    std::map<std::string, History> histories;
-    for (const std::string& dir : AccountList::configDirs(m_accounts)) {
-        auto load = [dir](UsageHistoryStore& history) { return history.load(dir); };
-        auto loaded = co_await m_parts.stores.history(std::move(load));
-        histories[dir] = std::move(loaded);
-    }
-    m_historyByDir = std::move(histories);
-    m_notice.announce();
-}
-
-Task<> AppState::reloadAnchors()
-{
-    auto load = [](ResetAnchorStore& anchors) { return anchors.load(); };
-    auto loaded = co_await m_parts.stores.anchors(std::move(load));
-    m_resetAnchorsByDir = std::move(loaded);
-    m_notice.announce();
-}
-
-// --- What the user does -------------------------------------------------------------------------
-
-void AppState::setTracked(const std::string& id, bool tracked)
-{
-    m_parts.store.setTracked(id, tracked);
-    rederive();
-}
-
-void AppState::setPinned(const std::string& id, bool pinned)
-{
-    m_parts.store.setPinned(id, pinned);
-    rederive();
-}
-
-void AppState::rename(const Account& account, const std::string& name)
-{
-    const std::string trimmed(Text::trimmed(name));
-    if (trimmed.empty() || trimmed == account.displayName)
-        return;
-    m_parts.store.rename(account.id, trimmed);
-    rederive();
-}
-
-void AppState::reorder(const std::vector<std::size_t>& fromOffsets, std::size_t toOffset)
-{
-    const auto moved = AccountList::moved(AccountList::ordered(m_accounts), fromOffsets, toOffset);
-    m_parts.store.reorder(AccountList::ids(moved));
-    rederive();
-}
-
-void AppState::remove(const Account& account)
-{
-    m_parts.store.remove(account.id, account.email, account.org);
-    rederive();
-}
-
-Task<> AppState::restore(std::string configDir)
-{
-    m_parts.store.restore(configDir);
-    co_await rescan();
-}
-
-Task<> AppState::upsertManual(std::string configDir, std::optional<std::string> serviceOverride)
-{
-    m_parts.store.upsertManual(configDir, serviceOverride);
-    co_await rescan();
-}
-
-Task<> AppState::setServiceOverride(std::string id, std::optional<std::string> service)
-{
-    m_parts.store.setServiceOverride(id, service);
-    co_await rescan();
-}
-
-void AppState::setMenuBarMode(MenuBarMode mode)
-{
-    if (mode != m_menuBarMode)
-        updatePreferences([&](Preferences& preferences) { preferences.menuBarMode = mode; });
-}
-
-void AppState::setUserInterval(double seconds)
-{
-    updatePreferences([&](Preferences& preferences) { preferences.userInterval = seconds; });
-}
-
-void AppState::updatePreferences(const std::function<void(Preferences&)>& change)
-{
-    Preferences changed = preferences();
-    change(changed);
-    const Preferences kept = m_parts.preferences.save(changed);
-    m_menuBarMode = kept.menuBarMode;
-    m_userInterval = kept.userInterval;
-    recomputeEffectiveInterval(m_parts.clock.now()); // announces
 }
 
 // --- What is shown ------------------------------------------------------------------------------

@@ -57,6 +57,14 @@ struct AppStateScanTest : test::AppStateTesting {
     }
 };
 
+// Where a scan waits, and for what.
+const struct {
+    Gate* test::AppWorld::*gate;
+    const char* waitsFor;
+} waits[] = {{&test::AppWorld::scanGate, "scan"},
+             {&test::AppWorld::lookGate, "look"},
+             {&test::AppWorld::identitiesGate, "identities"}};
+
 TEST_F(AppStateScanTest, aScanThatFailsChangesNothing)
 {
     add("ada");
@@ -252,17 +260,11 @@ TEST_F(AppStateScanTest, whereNobodyIsKnownNothingIsKept)
 
 TEST_F(AppStateScanTest, anAccountThatIsHiddenDuringAScanStaysHidden)
 {
-    const struct {
-        Gate* AppWorld::*gate;
-        const char* waitsFor;
-    } rows[] = {{&AppWorld::scanGate, "scan"},
-                {&AppWorld::lookGate, "look"},
-                {&AppWorld::identitiesGate, "identities"}};
     addAll({"ada", "ben"});
     rescan();
     fill(dirOf("ada"));
     const std::string before = id("ada");
-    for (const auto& [held, waitsFor] : rows) {
+    for (const auto& [held, waitsFor] : waits) {
         SCOPED_TRACE(waitsFor);
         Gate gate;
         this->*held = &gate;
@@ -313,15 +315,9 @@ TEST_F(AppStateScanTest, anAccountThatIsBroughtBackDuringAScanKeepsItsFiles)
 
 TEST_F(AppStateScanTest, aNameThatIsGivenDuringAScanStays)
 {
-    const struct {
-        Gate* AppWorld::*gate;
-        const char* waitsFor;
-    } rows[] = {{&AppWorld::scanGate, "scan"},
-                {&AppWorld::lookGate, "look"},
-                {&AppWorld::identitiesGate, "identities"}};
     add("ada");
     rescan();
-    for (const auto& [held, waitsFor] : rows) {
+    for (const auto& [held, waitsFor] : waits) {
         SCOPED_TRACE(waitsFor);
         Gate gate;
         this->*held = &gate;
