@@ -136,7 +136,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="vellumor-idle-") as name, contextlib.ExitStack() as stack:
         folder = pathlib.Path(name)
         environment = {"HOME": str(make_home(folder)), "XDG_RUNTIME_DIR": str(folder / "run"), "LC_ALL": "C.UTF-8",
-                       "PATH": "/usr/bin:/bin", "DISPLAY": ":99", "DBUS_SESSION_BUS_ADDRESS": "disabled:",
+                       "PATH": "/usr/bin:/bin", "QT_QPA_PLATFORM": "offscreen", "DBUS_SESSION_BUS_ADDRESS": "disabled:",
                        "VELLUMOR_API_BASE": f"http://127.0.0.1:{server.server_port}"}
         environment["DBUS_SYSTEM_BUS_ADDRESS"] = stack.enter_context(system_bus(folder, environment))
         program = stack.enter_context(running(folder, "program", [options.program], environment))

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# demo.sh BUILD_FOLDER: prints the report of a made-up home with an account in each state, on a bus and a keyring of its
-# own, with a usage endpoint on 127.0.0.1. Leaves nothing behind.
+# demo.sh BUILD_FOLDER PICTURES: prints the report of a made-up home with an account in each state, on a bus and a
+# keyring of its own, with a usage endpoint on 127.0.0.1. Then shows the program on desktops of its own and takes
+# pictures. Leaves nothing else behind.
 set -euo pipefail
 
 # The service under which Claude Code keeps the credential of a config directory that is not the default one.
@@ -95,5 +96,13 @@ trap 'sleep 0.3; rm -rf "$world"' EXIT # the keyring ends a moment after its bus
 mkdir -p "$world/home" "$world/run"
 chmod 700 "$world/run"
 # Nothing of the user's own session reaches the made-up one.
-env -i PATH="$PATH" LANG=C.UTF-8 HOME="$world/home" XDG_RUNTIME_DIR="$world/run" \
+clean=(env -i PATH="$PATH" LANG=C.UTF-8)
+"${clean[@]}" HOME="$world/home" XDG_RUNTIME_DIR="$world/run" \
     dbus-run-session -- bash "$0" --inside "$build" 2> >(grep -v "Failed to set fd limit" >&2)
+
+printf '\nTaking pictures of the program on a desktop of its own, for less than a minute …\n'
+pictures=$2
+rm -rf "$pictures"
+"${clean[@]}" HOME="$world/home" /usr/bin/python3 -B "$(dirname "$0")/desktop" "$build" "$pictures"
+printf '%s pictures of the panel and the popover are in %s; all of them together in %s.\n' \
+    "$(find "$pictures" -name 'p*.png' | wc -l)" "$pictures" "$pictures/all.png"

@@ -3,17 +3,29 @@
 # What each job needs. ca-certificates: without it no TLS certificate can be verified.
 packages_build=(
     g++ cmake ninja-build pkg-config ca-certificates
-    qt6-base-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
+    qt6-base-dev qt6-svg-dev libxcb1-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
     libre2-dev libglib2.0-dev libsecret-1-dev
 )
 packages_soak=(faketime python3)
 packages_idle=(dbus-daemon libglib2.0-bin python3 python3-dbusmock)
 packages_world=(dbus dbus-bin dbus-daemon gnome-keyring libsecret-tools libglib2.0-bin)
-packages_test=(
-    "${packages_world[@]}" "${packages_soak[@]}" "${packages_idle[@]}"
-    libgtest-dev libbenchmark-dev openssl python3-gi python3-dbus git procps zsh
-    clang libclang-rt-14-dev clang-format clang-tidy-16
+# A program in a Wayland session needs its plugin.
+packages_wayland=(qt6-wayland)
+# A private desktop with a panel, and what looks at it, clicks and takes pictures.
+packages_desktop=(
+    dbus dbus-daemon xvfb xfwm4 xfconf xfce4-panel xfce4-notifyd
+    at-spi2-core adwaita-icon-theme hicolor-icon-theme librsvg2-common fonts-dejavu-core
+    xdotool x11-utils imagemagick util-linux python3 python3-gi gir1.2-atspi-2.0 python3-dbusmock
 )
+# The other kinds of panel that the tests try.
+packages_panels=(trayer sway waybar grim "${packages_wayland[@]}")
+packages_test=(
+    "${packages_world[@]}" "${packages_soak[@]}" "${packages_idle[@]}" "${packages_desktop[@]}" "${packages_panels[@]}"
+    libgtest-dev libbenchmark-dev openssl python3-gi python3-dbus git procps zsh
+    clang libclang-rt-14-dev clang-format clang-tidy-16 desktop-file-utils
+)
+# The programs that it is measured beside.
+packages_side_by_side=("${packages_desktop[@]}" libbenchmark-dev openssl keepassxc qbittorrent)
 packages_fuzz=(clang libclang-rt-14-dev)
 
 # install_packages NAME...: installs those that are missing, as root or through sudo, after saying which. Fails with a

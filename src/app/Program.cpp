@@ -10,7 +10,11 @@
 #include "store/PresenceMarker.h"
 #include "usage/ApiBase.h"
 
+#include <QDeadlineTimer>
+#include <QThread>
 #include <QThreadPool>
+
+#include <atomic>
 
 namespace vellumor {
 
@@ -49,7 +53,8 @@ Program::Program(const Environment& environment, Folders folders)
           {m_clock, m_accounts, m_preferences, [this] { return loadSharedIdentities(); },
            m_pipeline, m_stores, m_heartbeat,
            [this](DiscoveryInputs inputs) { return discover(std::move(inputs)); },
-           [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); }})
+           [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); },
+           [this](const std::vector<Account>& accounts) { return m_known.reconcile(accounts); }})
     , m_sleep(m_accountWorker, systemBusAddress(environment), m_clock)
 {
     m_files.ensureDirectory(m_folders.vellumor() + "/revive");
@@ -71,18 +76,13 @@ void Program::setUpReviver()
     };
 }
 
-Task<> Program::start()
+void Program::startPolling()
 {
-    healInBackground();
-    co_await m_appState.rescan();
-    co_await m_appState.seedFromSnapshots();
-    m_appState.recomputeEffectiveInterval(m_clock.now());
     m_poller.emplace(Poller::Parts{m_appState, m_clock, [this] { return m_network.isOnline(); },
                                    jitter, [this](Instant now) { return markPresence(now); }});
     m_sleep.start([this] { m_poller->willSleep(); }, [this] { m_poller->didWake(); });
     m_network.onChange = [this](bool isOnline) { m_poller->observeNetwork(isOnline); };
     m_poller->startLoop(true);
-    co_await markPresence(m_clock.now());
 }
 
 // On a thread that goes away afterwards: the first scan does not wait for it.
@@ -127,6 +127,17 @@ Task<> Program::markPresence(Instant now)
         PresenceMarker::writeOwn(m_files, std::string(version), now, m_folders.quorle());
     };
     co_await m_storeWorker.run(std::move(mark));
+}
+
+void Program::finishWrites()
+{
+    constexpr std::chrono::seconds limit{2}; // a disk that hangs must not hold the end
+    constexpr unsigned long step = 2;        // milliseconds
+    auto isDone = std::make_shared<std::atomic<bool>>(false);
+    m_storeWorker.post([isDone] { *isDone = true; });
+    const QDeadlineTimer deadline(limit);
+    while (!*isDone && !deadline.hasExpired())
+        QThread::msleep(step);
 }
 
 } // namespace vellumor

@@ -5,6 +5,7 @@
 #include "app/state/AppState.h"
 #include "app/state/Poller.h"
 #include "async/LiveClock.h"
+#include "notifications/KnownAccounts.h"
 #include "platform/linux/LogindSleepWatcher.h"
 #include "platform/linux/QtHttpTransport.h"
 #include "platform/linux/QtPathMonitor.h"
@@ -26,16 +27,24 @@ class Program {
 public:
     Program(const Environment& environment, Folders folders);
 
-    // Scans, shows what the run before has left, and starts the loop.
-    [[nodiscard]] Task<> start();
     [[nodiscard]] AppState& appState() { return m_appState; }
+    [[nodiscard]] Clock& clock() { return m_clock; }
+    // For what may wait for somebody else, and has nothing to do with the files of the program.
+    [[nodiscard]] Worker& worker() { return m_accountWorker; }
+
+    // Gives the two data folders the rights they should have, on a thread of its own.
+    void healInBackground() const;
+    // Starts the loop; once, when the accounts are known.
+    void startPolling();
+    // Tells the sibling that this program is here.
+    [[nodiscard]] Task<> markPresence(Instant now);
+    // Before the end: waits until what is being written is written, some seconds at most.
+    void finishWrites();
 
 private:
     [[nodiscard]] Task<DiscoveryResult> discover(DiscoveryInputs inputs);
     [[nodiscard]] Task<std::set<std::string>> existingFolders(std::vector<std::string> folders);
     [[nodiscard]] Task<SharedIdentities> loadSharedIdentities();
-    [[nodiscard]] Task<> markPresence(Instant now);
-    void healInBackground() const;
     void setUpReviver();
 
     Folders m_folders;
@@ -72,6 +81,7 @@ private:
                                              m_folders.quorle() + "/poller.json"};
     LiveCollaborators m_collaborators;
     UsagePipeline m_pipeline{m_collaborators, m_clock};
+    KnownAccounts m_known;
     AppState m_appState;
     LogindSleepWatcher m_sleep;
     std::optional<Poller> m_poller; // once the first scan is over

@@ -36,12 +36,12 @@ bool hasDisplay(const Environment& environment)
     return false;
 }
 
-Outcome begin(SingleInstance& instance, const Environment& environment,
+Outcome begin(SingleInstance& instance, Screen screen,
               std::function<void(const std::string& activationToken)> onActivate)
 {
     if (const auto pid = instance.otherCopy())
         return handOver(instance, *pid);
-    if (!hasDisplay(environment)) {
+    if (screen == Screen::absent) {
         log(Tag::main, "no display — cannot start");
         return Outcome::noDisplay;
     }

@@ -19,15 +19,18 @@ enum class Mode { diagnostics, application };
 // wrong user.
 [[nodiscard]] bool isForeignRoot(unsigned effectiveUser, std::optional<unsigned> homeOwner);
 
-// Whether there is a screen to show anything on.
+// Whether the environment names a screen.
 [[nodiscard]] bool hasDisplay(const Environment& environment);
+
+// Whether there is a screen that answers.
+enum class Screen { there, absent };
 
 // What the application start came to.
 enum class Outcome { run, handedOver, noDisplay };
 
 // Hands over to a running copy, or makes this one the running copy, in that order and before any
 // file is made. Says what it did in one log line unless it is to run.
-[[nodiscard]] Outcome begin(SingleInstance& instance, const Environment& environment,
+[[nodiscard]] Outcome begin(SingleInstance& instance, Screen screen,
                             std::function<void(const std::string& activationToken)> onActivate);
 
 } // namespace vellumor::Startup

@@ -242,9 +242,14 @@ std::string relativeAge(Instant of, Instant from)
     return fmt::format("{}d ago", age / 86400);
 }
 
+std::string wholeText(double value)
+{
+    return fmt::format("{:.0f}", std::round(value) + 0.0); // + 0.0 makes 0 of -0
+}
+
 std::string percentText(double percent)
 {
-    return fmt::format("{:.0f}%", percent > 0 ? std::round(percent) : 0.0);
+    return wholeText(percent > 0 ? percent : 0.0) + "%";
 }
 
 } // namespace vellumor::Format

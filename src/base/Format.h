@@ -30,7 +30,10 @@ namespace vellumor::Format {
 // Age: "just now", "5m ago", "3h ago", "2d ago".
 [[nodiscard]] std::string relativeAge(Instant of, Instant from);
 
-// Rounded to the nearest integer, halves away from zero; a negative value counts as 0: "63%".
+// Rounded to the nearest integer, halves away from zero: "63"; never "-0".
+[[nodiscard]] std::string wholeText(double value);
+
+// The same with its sign; a negative value counts as 0: "63%".
 [[nodiscard]] std::string percentText(double percent);
 
 } // namespace vellumor::Format

@@ -77,6 +77,9 @@ struct Projection {
     // as the user writes them; the days are those of the local time zone.
     [[nodiscard]] std::string phrase(Instant now,
                                      const std::function<std::string(Instant)>& shortTime) const;
+    // "4:30 PM", and of another day than `now` "Friday 4:30 PM".
+    [[nodiscard]] static std::string
+    momentText(Instant moment, Instant now, const std::function<std::string(Instant)>& shortTime);
     // For the report: "Session ~40% by reset", "Weekly limit in 3h 5m".
     [[nodiscard]] std::string summary(Instant now) const;
 };

@@ -29,16 +29,16 @@ struct FakeInstance final : SingleInstance {
     void activateOther() override { calls.emplace_back("activateOther"); }
 };
 
-const Environment onScreen = {{"DISPLAY", ":7"}};
+using Startup::Screen;
 
 struct StartupTest : testing::Test {
     FakeInstance instance;
     std::string logged;
 
-    Outcome begin(const Environment& environment)
+    Outcome begin(Screen screen)
     {
         testing::internal::CaptureStderr();
-        const Outcome outcome = Startup::begin(instance, environment, [](const std::string&) {});
+        const Outcome outcome = Startup::begin(instance, screen, [](const std::string&) {});
         logged = testing::internal::GetCapturedStderr();
         return outcome;
     }
@@ -72,7 +72,7 @@ TEST(Startup, aScreenIsWhatTheEnvironmentNames)
 
 TEST_F(StartupTest, theOnlyCopyRuns)
 {
-    EXPECT_EQ(begin(onScreen), Outcome::run);
+    EXPECT_EQ(begin(Screen::there), Outcome::run);
     EXPECT_EQ(instance.calls, (std::vector<std::string>{"otherCopy", "claim"}));
     EXPECT_EQ(logged, "");
 }
@@ -80,7 +80,7 @@ TEST_F(StartupTest, theOnlyCopyRuns)
 TEST_F(StartupTest, aSecondCopyHandsOverToTheFirstAndNamesIt)
 {
     instance.running = 4711;
-    EXPECT_EQ(begin(onScreen), Outcome::handedOver);
+    EXPECT_EQ(begin(Screen::there), Outcome::handedOver);
     EXPECT_EQ(instance.calls, (std::vector<std::string>{"otherCopy", "activateOther"}));
     EXPECT_EQ(logged, "[main] another Vellumor (pid 4711) is already running — handing over\n");
 }
@@ -88,12 +88,12 @@ TEST_F(StartupTest, aSecondCopyHandsOverToTheFirstAndNamesIt)
 TEST_F(StartupTest, theHandOverComesBeforeTheQuestionOfAScreen)
 {
     instance.running = 4711;
-    EXPECT_EQ(begin({}), Outcome::handedOver);
+    EXPECT_EQ(begin(Screen::absent), Outcome::handedOver);
 }
 
 TEST_F(StartupTest, withoutAScreenNothingIsClaimed)
 {
-    EXPECT_EQ(begin({}), Outcome::noDisplay);
+    EXPECT_EQ(begin(Screen::absent), Outcome::noDisplay);
     EXPECT_EQ(instance.calls, std::vector<std::string>{"otherCopy"});
     EXPECT_EQ(logged, "[main] no display — cannot start\n");
 }
@@ -101,7 +101,7 @@ TEST_F(StartupTest, withoutAScreenNothingIsClaimed)
 TEST_F(StartupTest, ofTwoStartsAtOneMomentTheLaterHandsOver)
 {
     instance.cameFirst = 12;
-    EXPECT_EQ(begin(onScreen), Outcome::handedOver);
+    EXPECT_EQ(begin(Screen::there), Outcome::handedOver);
     EXPECT_EQ(instance.calls, (std::vector<std::string>{"otherCopy", "claim", "activateOther"}));
     EXPECT_EQ(logged, "[main] another Vellumor (pid 12) is already running — handing over\n");
 }

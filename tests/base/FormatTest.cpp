@@ -99,6 +99,31 @@ TEST(Format, aPercentIsRoundedHalvesAwayFromZeroAndNeverNegative)
     EXPECT_EQ(Format::percentText(std::numeric_limits<double>::quiet_NaN()), "0%");
 }
 
+TEST(Format, aWholeNumberIsRoundedHalvesAwayFromZeroAndKeepsItsSign)
+{
+    const std::pair<double, const char*> rows[] = {
+        {0, "0"},
+        {-0.0, "0"},
+        {0.4, "0"},
+        {-0.4, "0"},
+        {0.5, "1"},
+        {-0.5, "-1"},
+        {1.5, "2"},
+        {2.5, "3"},
+        {-2.5, "-3"},
+        {62.49, "62"},
+        {99.5, "100"},
+        {-3, "-3"},
+        {1e6, "1000000"},
+        {0.49999999999999994, "0"},
+        {1e15, "1000000000000000"},
+    };
+    for (const auto& [value, text] : rows) {
+        SCOPED_TRACE(value);
+        EXPECT_EQ(Format::wholeText(value), text);
+    }
+}
+
 TEST(Format, instantsAreWrittenInUtcWithThreeDigitsThatAreCutAndNotRounded)
 {
     using std::chrono::microseconds;

@@ -22,15 +22,21 @@ CORE = {
 ORCHESTRATION = {
     "async": {"base"},
     "usage": {"base", "store", "platform", "async", "usage/model", "usage/caches", "accounts", "history"},
+    "notifications": {"base", "store", "platform", "usage/model", "usage", "accounts", "history"},
     "diagnostics": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history", "telemetry"},
     "app/state": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history"},
+    "ui/model": {"base", "store", "usage/model", "usage", "accounts", "history", "app/state"},
 }
 EDGES = {
     "platform/linux": {"base", "store", "async", "platform", "usage"},
-    "app": set(CORE) | set(ORCHESTRATION) | {"platform/linux"},
+    "ui": set(CORE) | set(ORCHESTRATION),
+    "app": set(CORE) | set(ORCHESTRATION) | {"platform/linux", "ui"},
 }
 ALLOWED = {**CORE, **ORCHESTRATION, **EDGES}
-PURE_EXCEPTIONS = {"platform/HttpTransport.h"}  # gives a task; included by nobody in the core
+PURE_EXCEPTIONS = {  # included by nobody in the core
+    "platform/HttpTransport.h",  # gives a task
+    "platform/StatusItem.h",  # takes pictures
+}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.M)
 

@@ -13,7 +13,7 @@ using test::ChildProcess;
 using test::PrivateBus;
 using test::ProgramWorld;
 
-constexpr const char* running = "[main] running — there is no status item yet\n";
+constexpr const char* running = "[main] running\n";
 
 std::string handingOverTo(const ChildProcess& first)
 {
@@ -24,7 +24,7 @@ std::string handingOverTo(const ChildProcess& first)
 struct HandOverTest : testing::Test {
     ProgramWorld world;
 
-    HandOverTest() { world.environment["DISPLAY"] = ":99"; }
+    HandOverTest() { world.environment["QT_QPA_PLATFORM"] = "offscreen"; }
 };
 
 struct HandOverOnABusTest : HandOverTest {
@@ -35,7 +35,7 @@ struct HandOverOnABusTest : HandOverTest {
 
 TEST_F(HandOverTest, withoutAScreenItEndsAndLeavesNoFile)
 {
-    world.environment.erase("DISPLAY");
+    world.environment.erase("QT_QPA_PLATFORM");
     EXPECT_EQ(world.run(), 1);
     EXPECT_EQ(world.log(), "[main] no display — cannot start\n");
     EXPECT_TRUE(test::namesIn(world.home).empty());
@@ -43,7 +43,7 @@ TEST_F(HandOverTest, withoutAScreenItEndsAndLeavesNoFile)
 
 TEST_F(HandOverTest, anyOtherValueOfTheSwitchStartsTheApplication)
 {
-    world.environment.erase("DISPLAY");
+    world.environment.erase("QT_QPA_PLATFORM");
     for (const char* text : {"0", "true"}) {
         world.environment["VELLUMOR_DIAG"] = text;
         EXPECT_EQ(world.run(text), 1);
@@ -61,13 +61,12 @@ TEST_F(HandOverOnABusTest, theOnlyCopyRunsAndLeavesItsLockAlone)
     EXPECT_EQ(program->wait(0ms), std::nullopt);
 }
 
-TEST_F(HandOverOnABusTest, aSecondCopyNamesTheFirstBringsItForwardAndLeaves)
+TEST_F(HandOverOnABusTest, aSecondCopyNamesTheFirstAndLeaves)
 {
     const auto first = world.start("first");
     ASSERT_TRUE(world.waitForLog(running, "first"));
     EXPECT_EQ(world.run("second"), 0);
     EXPECT_EQ(world.log("second"), handingOverTo(*first));
-    EXPECT_TRUE(world.waitForLog("started again", "first"));
     EXPECT_EQ(first->wait(0ms), std::nullopt);
 }
 
@@ -117,8 +116,8 @@ TEST_F(HandOverTest, withoutABusTheLockAloneKeepsTwoCopiesApart)
 {
     const auto first = world.start("first");
     ASSERT_TRUE(world.waitForLog(running, "first"));
-    EXPECT_EQ(world.log("first"), "[main] no session bus — a second start cannot be handed over\n" +
-                                      std::string(running));
+    EXPECT_TRUE(world.log("first").starts_with(
+        "[main] no session bus — a second start cannot be handed over\n" + std::string(running)));
     EXPECT_EQ(world.run("second"), 0);
     EXPECT_EQ(world.log("second"), handingOverTo(*first));
     EXPECT_EQ(first->wait(0ms), std::nullopt);

@@ -53,7 +53,7 @@ TEST(LoopTest, theProgramTurnsWhileItScansFetchesAndKeepsAWholeWeek)
     const LoopbackServer server([](const SeenRequest&) {
         return Answer{200, {}, R"({"limits":[{"kind":"session","group":"session","percent":62}]})"};
     });
-    world.environment["DISPLAY"] = ":99";
+    world.environment["QT_QPA_PLATFORM"] = "offscreen";
     world.environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent";
     world.environment["VELLUMOR_API_BASE"] = "http://127.0.0.1:" + std::to_string(server.port());
     world.signIn(".claude", "a-token");

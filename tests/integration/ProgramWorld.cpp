@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 namespace vellumor::test {
@@ -150,6 +151,13 @@ void ProgramWorld::makeSharedReadingOld(const std::string& more) const
     std::string reading = sharedReading();
     reading.replace(reading.find(key) + key.size(), longAgo.size(), longAgo);
     std::ofstream(sharedFile()) << reading.insert(1, more);
+}
+
+std::string ProgramWorld::makeRuntimeFolder() const
+{
+    const std::string path = folder.makeFolder("run");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
 }
 
 } // namespace vellumor::test

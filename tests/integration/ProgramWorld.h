@@ -31,7 +31,11 @@ struct ProgramWorld {
     TempFolder folder;
     std::string home = folder.makeFolder("home");
     std::vector<std::string> arguments = {VELLUMOR_PROGRAM};
-    Environment environment = {{"HOME", home}, {"LC_ALL", "C.UTF-8"}, {"PATH", "/usr/bin:/bin"}};
+    std::string runtimeFolder = makeRuntimeFolder();
+    Environment environment = {{"HOME", home},
+                               {"LC_ALL", "C.UTF-8"},
+                               {"PATH", "/usr/bin:/bin"},
+                               {"XDG_RUNTIME_DIR", runtimeFolder}};
 
     // A credential file with this token, valid for hours, in a config directory of the home.
     void signIn(const std::string& configDirName, std::string_view token) const;
@@ -66,6 +70,7 @@ private:
     void expectTurning(const std::string& reportFile, std::chrono::microseconds limit) const;
     [[nodiscard]] Environment watchedEnvironment(const std::string& reportFile) const;
     [[nodiscard]] std::string sharedFile() const;
+    [[nodiscard]] std::string makeRuntimeFolder() const; // one that Qt trusts
 
     mutable std::vector<std::string> m_loopReports; // names of files, one for each start
 };

@@ -20,7 +20,7 @@ struct RunTest : testing::Test {
 
     RunTest()
     {
-        world.environment["DISPLAY"] = ":99";
+        world.environment["QT_QPA_PLATFORM"] = "offscreen";
         world.environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent";
         world.environment["VELLUMOR_API_BASE"] =
             "http://127.0.0.1:" + std::to_string(server.port());

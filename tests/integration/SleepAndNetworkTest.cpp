@@ -30,7 +30,7 @@ struct SleepAndNetworkTest : testing::Test {
 
     void prepare(ProgramWorld& some) const
     {
-        some.environment["DISPLAY"] = ":99";
+        some.environment["QT_QPA_PLATFORM"] = "offscreen";
         some.environment["VELLUMOR_API_BASE"] = "http://127.0.0.1:" + std::to_string(server.port());
         some.environment["DBUS_SYSTEM_BUS_ADDRESS"] = machine.bus().address();
     }

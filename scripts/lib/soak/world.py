@@ -66,7 +66,7 @@ class World:
     def start(self, port, log):
         environment = {
             "HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.folder / "run"), "LC_ALL": "C.UTF-8",
-            "PATH": f"{self.home}/bin:/usr/bin:/bin", "SHELL": "/bin/sh", "DISPLAY": ":99",
+            "PATH": f"{self.home}/bin:/usr/bin:/bin", "SHELL": "/bin/sh", "QT_QPA_PLATFORM": "offscreen",
             "DBUS_SESSION_BUS_ADDRESS": "disabled:", "DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nonexistent",
             "VELLUMOR_API_BASE": f"http://127.0.0.1:{port}",
         }

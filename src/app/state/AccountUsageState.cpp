@@ -11,6 +11,12 @@ using Kind = UsageFetchError::Kind;
 constexpr double toleratedClockSkew = 60.0; // seconds
 constexpr double leastStaleAge = 300.0;     // seconds
 
+// Seconds; a reading is stale when it is older.
+double freshAge(double effectiveInterval)
+{
+    return std::max(3 * effectiveInterval, leastStaleAge);
+}
+
 bool waitsForUser(const AccountUsageState& state)
 {
     return (state.lastError && state.lastError->kind == Kind::forbidden) || state.isNoToken() ||
@@ -36,7 +42,24 @@ bool AccountUsageState::isStale(double effectiveInterval, Instant now) const
     if (!usage)
         return false;
     const double age = secondsBetween(usage->fetchedAt, now);
-    return age < -toleratedClockSkew || age > std::max(3 * effectiveInterval, leastStaleAge);
+    return age < -toleratedClockSkew || age > freshAge(effectiveInterval);
+}
+
+std::optional<Instant> AccountUsageState::nextStaleChange(double effectiveInterval,
+                                                          Instant now) const
+{
+    if (!usage)
+        return std::nullopt;
+    const double age = secondsBetween(usage->fetchedAt, now);
+    const auto after = [&](double seconds) {
+        return usage->fetchedAt + std::chrono::duration_cast<Instant::duration>(
+                                      std::chrono::duration<double>(seconds));
+    };
+    if (age < -toleratedClockSkew)
+        return after(-toleratedClockSkew);
+    if (age > freshAge(effectiveInterval))
+        return std::nullopt;
+    return after(freshAge(effectiveInterval)) + std::chrono::milliseconds(1);
 }
 
 bool AccountUsageState::isNoToken() const

@@ -24,6 +24,9 @@ struct AccountUsageState {
     // A reading that is too old, or from the future, as after a change of the clock. False without
     // one.
     [[nodiscard]] bool isStale(double effectiveInterval, Instant now) const;
+    // The first moment at which isStale turns, if nothing else changes; nothing when it will not.
+    [[nodiscard]] std::optional<Instant> nextStaleChange(double effectiveInterval,
+                                                         Instant now) const;
     // The last fetch failed, and an older reading is shown.
     [[nodiscard]] bool didFailRefresh() const { return lastError && usage; }
     // There is no reading because there is no credential to fetch one with.

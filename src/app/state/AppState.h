@@ -41,6 +41,8 @@ public:
         // Those of the folders that are there.
         std::function<Task<std::set<std::string>>(std::vector<std::string> folders)>
             existingFolders;
+        // Those of the accounts that the scan before did not have.
+        std::function<std::vector<Account>(const std::vector<Account>& accounts)> reconcile = {};
     };
 
     // Everything borrowed outlives it.
@@ -77,6 +79,7 @@ public:
     [[nodiscard]] Task<> upsertManual(std::string configDir,
                                       std::optional<std::string> serviceOverride);
     [[nodiscard]] Task<> setServiceOverride(std::string id, std::optional<std::string> service);
+    void dismissNewAccounts();
     void setMenuBarMode(MenuBarMode mode);
     void setUserInterval(double seconds);
     // Any other setting: `change` works on a copy, which is saved.
@@ -88,6 +91,11 @@ public:
         return m_states;
     }
     [[nodiscard]] const AccountUsageState* state(const std::string& id) const;
+    // Names of accounts that a scan has found for the first time, until they are dismissed.
+    [[nodiscard]] const std::vector<std::string>& newAccountNames() const
+    {
+        return m_newAccountNames;
+    }
     [[nodiscard]] std::optional<Instant> lastUpdated() const { return m_lastUpdated; }
     [[nodiscard]] double effectiveInterval() const { return m_effectiveInterval; }
     // Seconds between two ticks.
@@ -120,6 +128,7 @@ private:
     // says, which goes first.
     void rederive(const SharedIdentities& shared = {});
     [[nodiscard]] Task<> prune(std::vector<std::string> looked);
+    void noteNewAccounts();
     void claimHeartbeatIfProducing(Instant now);
     [[nodiscard]] Task<std::optional<double>> foreignCoverageWindow(Instant now);
     [[nodiscard]] Task<> fetchAndApply(FetchRequest request, std::chrono::milliseconds delay);
@@ -133,6 +142,7 @@ private:
     ChangeNotice m_notice;
     std::vector<Account> m_accounts;
     std::map<std::string, AccountUsageState> m_states; // by account id
+    std::vector<std::string> m_newAccountNames;
     std::optional<Instant> m_lastUpdated;
     double m_effectiveInterval = 60.0;
     MenuBarMode m_menuBarMode;

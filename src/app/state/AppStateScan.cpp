@@ -56,10 +56,21 @@ Task<> AppState::rescan()
     });
     m_lastFacts = std::move(result.facts);
     rederive(shared);
+    noteNewAccounts();
     if (!m_accounts.empty() || m_parts.store.knownDirs().empty())
         co_await prune(looked);
     co_await reloadHistory();
     co_await reloadAnchors();
+}
+
+void AppState::noteNewAccounts()
+{
+    if (!m_parts.reconcile)
+        return;
+    for (const Account& account : m_parts.reconcile(m_accounts)) {
+        if (std::ranges::find(m_newAccountNames, account.displayName) == m_newAccountNames.end())
+            m_newAccountNames.push_back(account.displayName);
+    }
 }
 
 void AppState::rederive(const SharedIdentities& shared)

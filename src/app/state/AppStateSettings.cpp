@@ -58,6 +58,12 @@ Task<> AppState::setServiceOverride(std::string id, std::optional<std::string> s
     co_await rescan();
 }
 
+void AppState::dismissNewAccounts()
+{
+    m_newAccountNames.clear();
+    m_notice.announce();
+}
+
 void AppState::setMenuBarMode(MenuBarMode mode)
 {
     if (mode != m_menuBarMode)

@@ -47,6 +47,41 @@ TEST(AccountUsageState, aReadingIsStaleAfterThreeIntervalsOrFiveMinutesAndFromTh
     EXPECT_FALSE(AccountUsageState().isStale(60, now));
 }
 
+TEST(AccountUsageState, theNextChangeOfItsAgeIsTheFirstMomentAtWhichItIsStaleOrNoLonger)
+{
+    const struct {
+        double age;
+        double interval;
+        std::optional<double> next; // seconds from now
+    } rows[] = {
+        {0, 60, 300.001},        {0, 100, 300.001}, {0, 120, 360.001},
+        {299.5, 60, 0.501},      {300, 60, 0.001},  {300.001, 60, std::nullopt},
+        {1e6, 60, std::nullopt}, {360, 120, 0.001}, {-60, 60, 360.001},
+        {-60.001, 60, 0.001},    {-3600, 60, 3540},
+    };
+    for (const auto& [age, interval, next] : rows) {
+        SCOPED_TRACE(age);
+        const auto state = readAt(now - milliseconds(std::llround(age * 1000)));
+        const auto found = state.nextStaleChange(interval, now);
+        ASSERT_EQ(found.has_value(), next.has_value());
+        if (!next)
+            continue;
+        EXPECT_EQ(*found, now + milliseconds(std::llround(*next * 1000)));
+        EXPECT_EQ(state.isStale(interval, *found - milliseconds(1)), state.isStale(interval, now));
+        EXPECT_NE(state.isStale(interval, *found), state.isStale(interval, now));
+    }
+    EXPECT_EQ(AccountUsageState().nextStaleChange(60, now), std::nullopt);
+}
+
+TEST(AccountUsageState, aReadingBetweenTwoMillisecondsChangesAtATickOfTheClock)
+{
+    auto state = readAt(now - std::chrono::microseconds(1500));
+    const auto found = state.nextStaleChange(60, now);
+    ASSERT_TRUE(found);
+    EXPECT_TRUE(state.isStale(60, *found));
+    EXPECT_LE(*found, now + seconds(300) + milliseconds(1));
+}
+
 TEST(AccountUsageState, aBlockEndsAtItsMoment)
 {
     AccountUsageState state;

@@ -40,9 +40,14 @@ struct AppWorld {
     Gate* scanGate = nullptr;
     Gate* lookGate = nullptr;
     Gate* identitiesGate = nullptr;
+    // Which accounts of a scan are new; none without it.
+    std::function<std::vector<Account>(const std::vector<Account>& accounts)> reconcile;
     AppState state{{clock, store, preferences, [this] { return loadShared(); }, pipeline, stores,
                     heartbeat, [this](DiscoveryInputs inputs) { return scan(std::move(inputs)); },
-                    [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); }}};
+                    [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); },
+                    [this](const std::vector<Account>& accounts) {
+                        return reconcile ? reconcile(accounts) : std::vector<Account>();
+                    }}};
 
     AppWorld() { others.results = {reading(40, clock.now())}; }
 

@@ -1,0 +1,164 @@
+#include "app/AppDelegate.h"
+
+#include "app/state/AccountList.h"
+#include "async/OrEnd.h"
+#include "ui/QuorleURL.h"
+#include "ui/settings/SettingsWindow.h"
+
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace vellumor {
+
+namespace {
+
+constexpr double freshEnough = 20.0; // seconds since the last round
+
+bool isRefreshDue(const std::optional<Instant>& lastUpdated, Instant now)
+{
+    return !lastUpdated || !(secondsBetween(*lastUpdated, now) < freshEnough);
+}
+
+void openPage(const char* address)
+{
+    QDesktopServices::openUrl(QUrl(QString::fromUtf8(address)));
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Parts parts)
+    : m_parts(std::move(parts))
+    , m_popover(m_parts.appState, m_parts.clock,
+                {.settings =
+                     [this] {
+                         m_popover.performClose();
+                         showSettings(std::nullopt);
+                     },
+                 .refresh = [this] { keepTask(m_parts.appState.refresh(true)); },
+                 .signInGuide = [] { openPage(QuorleURL::signInGuide); },
+                 .menu = {&m_quit}})
+{
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    installMainMenu();
+    m_parts.heal();
+    m_parts.statusItem.show(
+        {[this](const std::optional<QRect>& anchor, const std::string& activationToken) {
+             togglePopover(anchor, activationToken);
+         },
+         contextMenu()});
+    m_parts.appState.observe([this] { updateLabel(); });
+    updateLabel();
+    keepTask(begin());
+}
+
+Task<> AppDelegate::begin()
+{
+    co_await m_parts.appState.rescan();
+    co_await m_parts.appState.seedFromSnapshots();
+    m_parts.appState.recomputeEffectiveInterval(m_parts.clock.now());
+    updateLabel();
+    m_parts.startPolling();
+    co_await m_parts.markPresence(m_parts.clock.now());
+}
+
+// The tasks end by themselves; this object lives as long as the event loop.
+void AppDelegate::keepTask(Task<> task)
+{
+    [[maybe_unused]] const Task<> running = orEnd(std::move(task));
+}
+
+void AppDelegate::installMainMenu()
+{
+    m_quit.setText(QStringLiteral("Quit Vellumor"));
+    m_quit.setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(&m_quit, &QAction::triggered, this, [this] { m_parts.terminate(); });
+}
+
+std::vector<StatusItem::MenuEntry> AppDelegate::contextMenu()
+{
+    return {
+        {"Refresh", {"Control", "r"}, [this] { keepTask(m_parts.appState.refresh(true)); }},
+        {"Scan for Accounts", {}, [this] { keepTask(m_parts.appState.rescan()); }},
+        {},
+        {"Settings…", {"Control", "comma"}, [this] { showSettings(std::nullopt); }},
+        {"About Vellumor", {}, [this] { showSettings(SettingsTab::about); }},
+        {},
+        {"Quit Vellumor", {"Control", "q"}, [this] { m_parts.terminate(); }},
+    };
+}
+
+void AppDelegate::updateLabel()
+{
+    const AppState& state = m_parts.appState;
+    const Instant now = m_parts.clock.now();
+    const auto pinned = AccountList::pinned(state.accounts());
+    const auto renders =
+        MenuBarLabel::renders(pinned, state.states(), state.effectiveInterval(), now);
+    const bool dual = state.preferences().menuBarDualBars;
+    Shown shown{MenuBarLabel::groups(renders, state.menuBarMode(), dual), state.menuBarMode(),
+                dual};
+    if (shown != m_shown) {
+        m_label = m_painter.label(shown.groups, shown.mode, shown.dual);
+        m_shown = std::move(shown);
+    }
+    m_label.text = MenuBarLabel::accessibilityDescription(renders, state.menuBarMode(), dual);
+    m_parts.statusItem.setLabel(m_label);
+    scheduleStaleness(pinned, now);
+}
+
+// A reading grows old without anything happening.
+void AppDelegate::scheduleStaleness(const std::vector<Account>& pinned, Instant now)
+{
+    m_nextStaleness.reset();
+    const AppState& state = m_parts.appState;
+    const auto next =
+        MenuBarLabel::nextStaleness(pinned, state.states(), state.effectiveInterval(), now);
+    if (next) {
+        m_nextStaleness = m_parts.clock.after(
+            std::chrono::ceil<std::chrono::milliseconds>(*next - now), [this] { updateLabel(); });
+    }
+}
+
+void AppDelegate::activate(const std::string& activationToken)
+{
+    if (!m_popover.isShown())
+        refreshIfDue();
+    m_popover.show(std::nullopt, activationToken);
+}
+
+void AppDelegate::togglePopover(const std::optional<QRect>& anchor,
+                                const std::string& activationToken)
+{
+    if (m_popover.isShown()) {
+        m_popover.performClose();
+        return;
+    }
+    if (m_popover.wasJustClosed())
+        return;
+    refreshIfDue();
+    m_popover.show(anchor, activationToken);
+}
+
+void AppDelegate::refreshIfDue()
+{
+    if (isRefreshDue(m_parts.appState.lastUpdated(), m_parts.clock.now()))
+        keepTask(m_parts.appState.refresh(false));
+}
+
+void AppDelegate::showSettings(std::optional<SettingsTab> initialTab)
+{
+    if (!m_settings) {
+        m_settings = std::make_unique<SettingsWindow>(m_parts.appState);
+        m_settings->addAction(&m_quit);
+    }
+    if (initialTab)
+        m_settings->select(*initialTab);
+    m_settings->bringToFront();
+}
+
+} // namespace vellumor

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QColor>
+
+namespace vellumor {
+
+// A text that leads to a page, underlined, in the accent colour.
+class LinkButton final : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    explicit LinkButton(QWidget* parent);
+
+    void setColour(const QColor& colour);
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QColor m_colour;
+};
+
+} // namespace vellumor

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "app/state/AppState.h"
+#include "base/Clock.h"
+
+#include <QAction>
+#include <QList>
+#include <QObject>
+#include <QRect>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vellumor {
+
+class PopoverView;
+
+// Opens and closes the popover's window and keeps what it shows up to date, once a second while it
+// is open. A closed popover costs nothing: its window is made anew at each opening.
+class Popover final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Actions {
+        std::function<void()> settings;
+        std::function<void()> refresh;
+        std::function<void()> signInGuide;
+        QList<QAction*> menu; // shortcuts that work in the window too; they outlive this
+    };
+
+    // What is borrowed outlives it.
+    Popover(AppState& appState, Clock& clock, Actions actions);
+    ~Popover() override;
+
+    [[nodiscard]] bool isShown() const { return m_view != nullptr; }
+    // True for a moment after it lost the focus: the click on the status item that is about to be
+    // told has closed it.
+    [[nodiscard]] bool wasJustClosed() const;
+
+    // Beside `anchor`, with the focus on none of its controls. The token, which may be empty, lets
+    // it take the focus. One that is open comes to the front.
+    void show(const std::optional<QRect>& anchor, const std::string& activationToken);
+    void performClose();
+
+private:
+    void makeView();
+    void update();
+    void tick();
+    void onDeactivated();
+
+    AppState& m_appState;
+    Clock& m_clock;
+    Actions m_actions;
+    std::unique_ptr<PopoverView> m_view; // while it is open
+    std::unique_ptr<Alarm> m_nextTick;
+    std::optional<QRect> m_anchor;
+    std::optional<std::chrono::steady_clock::time_point> m_lostFocusAt;
+};
+
+} // namespace vellumor

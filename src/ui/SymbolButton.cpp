@@ -1,0 +1,79 @@
+#include "ui/SymbolButton.h"
+
+#include <QEvent>
+#include <QPainter>
+
+namespace vellumor {
+
+namespace {
+
+constexpr int symbolPoints = 16;
+constexpr int targetPoints = 24;
+constexpr double cornerRadius = 5.0;
+constexpr double hoverAlpha = 0.10;
+constexpr double pressedAlpha = 0.18;
+
+} // namespace
+
+SymbolButton::SymbolButton(Symbols::Symbol symbol, QWidget* parent)
+    : QAbstractButton(parent)
+    , m_symbol(symbol)
+    , m_colour(palette().color(QPalette::Text))
+{
+    setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
+    setFixedSize(sizeHint());
+}
+
+void SymbolButton::setHelp(const std::string& help)
+{
+    const QString text = QString::fromStdString(help).simplified();
+    setAccessibleName(text);
+    setToolTip(QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()));
+}
+
+void SymbolButton::setColour(const QColor& colour)
+{
+    if (colour == m_colour)
+        return;
+    m_colour = colour;
+    m_drawn = QPixmap();
+    update();
+}
+
+QSize SymbolButton::sizeHint() const
+{
+    return {targetPoints, targetPoints};
+}
+
+bool SymbolButton::event(QEvent* event)
+{
+    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
+        update();
+    return QAbstractButton::event(event);
+}
+
+void SymbolButton::paintEvent(QPaintEvent*)
+{
+    if (m_drawn.isNull() || m_drawn.devicePixelRatio() != devicePixelRatioF())
+        m_drawn = Symbols::pixmap(m_symbol, symbolPoints, m_colour, devicePixelRatioF());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (isDown() || underMouse()) {
+        QColor shade = m_colour;
+        shade.setAlphaF(static_cast<float>(isDown() ? pressedAlpha : hoverAlpha));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(shade);
+        painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);
+    }
+    if (hasFocus()) {
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius - 1,
+                                cornerRadius - 1);
+    }
+    const int margin = (targetPoints - symbolPoints) / 2;
+    painter.drawPixmap(margin, margin, m_drawn);
+}
+
+} // namespace vellumor

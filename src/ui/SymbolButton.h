@@ -1,0 +1,31 @@
+#pragma once
+
+#include "ui/Symbols.h"
+
+#include <QAbstractButton>
+
+namespace vellumor {
+
+// A flat symbol of 16 points in a target of 24, with a tooltip that is its accessible name too.
+class SymbolButton final : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    SymbolButton(Symbols::Symbol symbol, QWidget* parent);
+
+    void setHelp(const std::string& help);
+    void setColour(const QColor& colour);
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Symbols::Symbol m_symbol;
+    QColor m_colour;
+    QPixmap m_drawn; // in m_colour and the screen's scale; null until needed
+};
+
+} // namespace vellumor

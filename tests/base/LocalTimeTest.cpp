@@ -1,0 +1,99 @@
+#include "base/LocalTime.h"
+
+#include "support/FakeClock.h"
+#include "support/ScopedZone.h"
+
+#include <gtest/gtest.h>
+
+namespace vellumor {
+namespace {
+
+using test::instant;
+using test::ScopedZone;
+
+TEST(LocalTime, theFieldsAreThoseOfTheZoneThatHoldsNow)
+{
+    const Instant moment = instant("2026-03-29T20:15:42Z");
+    for (const auto& [zone, hour, minute, day] :
+         {std::tuple("UTC", 20, 15, 29), std::tuple("Asia/Kolkata", 1, 45, 30),
+          std::tuple("America/New_York", 16, 15, 29), std::tuple("Europe/Berlin", 22, 15, 29)}) {
+        const ScopedZone scoped(zone);
+        const std::tm local = LocalTime::fields(moment);
+        EXPECT_EQ(std::tuple(local.tm_hour, local.tm_min, local.tm_mday),
+                  std::tuple(hour, minute, day))
+            << zone;
+        EXPECT_EQ(local.tm_sec, 42);
+    }
+}
+
+TEST(LocalTime, aFractionBefore1970BelongsToTheSecondBeforeIt)
+{
+    const ScopedZone utc("UTC");
+    const std::tm local = LocalTime::fields(Instant(std::chrono::microseconds(-1)));
+    EXPECT_EQ(std::tuple(local.tm_year, local.tm_hour, local.tm_sec), std::tuple(69, 23, 59));
+}
+
+TEST(LocalTime, daysAreCountedOnTheCalendar)
+{
+    const struct {
+        const char* zone;
+        const char* base;
+        const char* moment;
+        int days;
+    } rows[] = {
+        {"UTC", "2026-03-29T00:00:00Z", "2026-03-29T23:59:59.999Z", 0},
+        {"UTC", "2026-03-29T23:59:59Z", "2026-03-30T00:00:00Z", 1},
+        {"UTC", "2026-03-29T00:00:00Z", "2026-03-28T23:59:59.999Z", -1},
+        {"UTC", "2026-02-28T12:00:00Z", "2026-03-01T12:00:00Z", 1},
+        {"UTC", "2028-02-28T12:00:00Z", "2028-03-01T12:00:00Z", 2},
+        {"UTC", "2026-12-31T12:00:00Z", "2027-01-01T12:00:00Z", 1},
+        {"UTC", "2026-03-29T12:00:00Z", "2027-03-29T12:00:00Z", 365},
+        {"Asia/Kolkata", "2026-03-29T18:29:59Z", "2026-03-29T18:30:00Z", 1},
+        {"Asia/Kolkata", "2026-03-28T18:30:00Z", "2026-03-29T18:29:59Z", 0},
+        {"Europe/Berlin", "2026-03-28T23:00:00Z", "2026-03-29T21:59:59Z", 0}, // of 23 hours
+        {"Europe/Berlin", "2026-03-28T23:00:00Z", "2026-03-29T22:00:00Z", 1},
+        {"Europe/Berlin", "2026-10-24T22:00:00Z", "2026-10-25T22:59:59Z", 0}, // of 25 hours
+        {"Europe/Berlin", "2026-10-24T22:00:00Z", "2026-10-25T23:00:00Z", 1},
+    };
+    for (const auto& [zone, base, moment, days] : rows) {
+        SCOPED_TRACE(std::string(zone) + " " + moment);
+        const ScopedZone scoped(zone);
+        EXPECT_TRUE(LocalTime::isDaysAfter(instant(moment), days, instant(base)));
+        EXPECT_FALSE(LocalTime::isDaysAfter(instant(moment), days + 1, instant(base)));
+        EXPECT_FALSE(LocalTime::isDaysAfter(instant(moment), days - 1, instant(base)));
+        EXPECT_EQ(LocalTime::isSameDay(instant(moment), instant(base)), days == 0);
+    }
+}
+
+TEST(LocalTime, weekdaysAndMonthsAreEnglish)
+{
+    const ScopedZone utc("UTC");
+    const char* const weekdays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                    "Thursday", "Friday", "Saturday"};
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(LocalTime::weekday(instant("2026-03-29T12:00:00Z") + std::chrono::days(i)),
+                  weekdays[i]);
+    const char* const months[] = {"Jan 1", "Feb 1", "Mar 1", "Apr 1", "May 1", "Jun 1",
+                                  "Jul 1", "Aug 1", "Sep 1", "Oct 1", "Nov 1", "Dec 1"};
+    for (unsigned i = 0; i < 12; ++i) {
+        const std::chrono::sys_days first(std::chrono::year(2026) / std::chrono::month(i + 1) / 1);
+        EXPECT_EQ(LocalTime::monthAndDay(first), months[i]);
+    }
+    EXPECT_EQ(LocalTime::monthAndDay(instant("2026-11-28T12:00:00Z")), "Nov 28");
+}
+
+TEST(LocalTime, theHoursGoFromTwelveToEleven)
+{
+    const ScopedZone utc("UTC");
+    const std::pair<const char*, const char*> rows[] = {
+        {"2026-03-29T00:00:00Z", "12:00 AM"}, {"2026-03-29T00:59:59Z", "12:59 AM"},
+        {"2026-03-29T01:05:00Z", "1:05 AM"},  {"2026-03-29T11:59:00Z", "11:59 AM"},
+        {"2026-03-29T12:00:00Z", "12:00 PM"}, {"2026-03-29T13:00:00Z", "1:00 PM"},
+        {"2026-03-29T23:59:00Z", "11:59 PM"},
+    };
+    for (const auto& [moment, text] : rows)
+        EXPECT_EQ(LocalTime::twelveHourTime(instant(moment)), text);
+}
+
+} // namespace
+} // namespace vellumor

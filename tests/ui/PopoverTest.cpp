@@ -1,0 +1,265 @@
+#include "ui/Popover.h"
+
+#include "app/state/AppStateTesting.h"
+#include "ui/PlainText.h"
+#include "ui/PopoverView.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QScreen>
+#include <qtestsupport_core.h>
+#include <qtestsupport_widgets.h>
+
+namespace vellumor {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+struct PopoverTest : test::AppStateTesting {
+    test::Names pressed;
+    QAction quit;
+    Popover popover{state,
+                    clock,
+                    {.settings = [this] { pressed.emplace_back("settings"); },
+                     .refresh = [this] { pressed.emplace_back("refresh"); },
+                     .signInGuide = [this] { pressed.emplace_back("guide"); },
+                     .menu = {&quit}}};
+
+    ~PopoverTest() override
+    {
+        popover.performClose();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+    }
+    static PopoverView* view()
+    {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            auto* const view = qobject_cast<PopoverView*>(window);
+            if (view != nullptr && view->isVisible())
+                return view;
+        }
+        return nullptr;
+    }
+    void open()
+    {
+        popover.show(std::nullopt, {});
+        ASSERT_NE(view(), nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(view()));
+    }
+    static void loseFocus()
+    {
+        QEvent deactivate(QEvent::WindowDeactivate);
+        QCoreApplication::sendEvent(view(), &deactivate);
+    }
+    static bool says(const QString& text)
+    {
+        const auto texts = view()->findChildren<PlainText*>();
+        return std::ranges::any_of(texts, [&](const PlainText* each) {
+            return each->isVisible() && each->text() == text;
+        });
+    }
+    static void press(const QString& name)
+    {
+        for (auto* const button : view()->findChildren<QAbstractButton*>()) {
+            if (button->accessibleName() == name)
+                return button->click();
+        }
+        FAIL() << name.toStdString();
+    }
+};
+
+TEST_F(PopoverTest, theFirstFrameHasItsDataAndItsSize)
+{
+    add("ada");
+    rescan();
+    applyTo("ada", read(UsageSource::endpoint));
+    settle();
+    popover.show(std::nullopt, {});
+    ASSERT_NE(view(), nullptr);
+    EXPECT_TRUE(popover.isShown());
+    EXPECT_TRUE(says("ada"));
+    EXPECT_TRUE(says("Updated just now"));
+    const QSize first = view()->size();
+    for (int i = 0; i < 5; ++i)
+        QCoreApplication::processEvents();
+    EXPECT_EQ(view()->size(), first);
+}
+
+TEST_F(PopoverTest, itTicksOnceASecondOnlyWhileItIsOpen)
+{
+    settle();
+    ASSERT_EQ(clock.pendingAlarms(), 0U);
+    open();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(clock.pendingAlarms(), 1U);
+        EXPECT_EQ(clock.untilNextAlarm(), milliseconds(1000));
+        clock.advance(seconds(1));
+    }
+    popover.show(std::nullopt, {}); // once more
+    EXPECT_EQ(clock.pendingAlarms(), 1U);
+    popover.performClose();
+    EXPECT_EQ(clock.pendingAlarms(), 0U);
+    EXPECT_FALSE(popover.isShown());
+    open();
+    loseFocus();
+    EXPECT_EQ(clock.pendingAlarms(), 0U);
+}
+
+TEST_F(PopoverTest, timeAndChangesReachAnOpenPopover)
+{
+    add("ada");
+    rescan();
+    settle();
+    open();
+    EXPECT_TRUE(says("Updating"));
+    applyTo("ada", read(UsageSource::endpoint));
+    settle();
+    EXPECT_TRUE(says("Updated just now"));
+    clock.advance(seconds(59));
+    EXPECT_TRUE(says("Updated just now"));
+    clock.advance(seconds(1));
+    EXPECT_TRUE(says("Updated 1m ago"));
+    EXPECT_EQ(calls(), 0);
+}
+
+TEST_F(PopoverTest, aChangeWhileItIsClosedIsThereAtTheNextOpening)
+{
+    add("ada");
+    rescan();
+    settle();
+    open();
+    popover.performClose();
+    applyTo("ada", read(UsageSource::endpoint));
+    settle();
+    open();
+    EXPECT_TRUE(says("Updated just now"));
+}
+
+TEST_F(PopoverTest, itClosesByEscapeAndByLosingTheFocus)
+{
+    open();
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(view(), &escape);
+    EXPECT_EQ(view(), nullptr);
+    EXPECT_FALSE(popover.isShown());
+    EXPECT_FALSE(popover.wasJustClosed());
+    open();
+    loseFocus();
+    EXPECT_EQ(view(), nullptr);
+    EXPECT_FALSE(popover.isShown());
+}
+
+TEST_F(PopoverTest, theClickThatTakesTheFocusIsKnownForThreeTenthsOfASecond)
+{
+    EXPECT_FALSE(popover.wasJustClosed());
+    open();
+    QElapsedTimer since;
+    since.start();
+    loseFocus();
+    EXPECT_TRUE(popover.wasJustClosed());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !popover.wasJustClosed(); }, 5000));
+    EXPECT_GE(since.elapsed(), 300);
+}
+
+TEST_F(PopoverTest, closingByHandIsNotLosingTheFocus)
+{
+    open();
+    popover.performClose();
+    EXPECT_FALSE(popover.wasJustClosed());
+    popover.performClose();
+    EXPECT_FALSE(popover.isShown());
+}
+
+// Notes the token that stands ready when a window is shown.
+struct TokenWatch final : QObject {
+    TokenWatch() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show)
+            seen = qgetenv("XDG_ACTIVATION_TOKEN");
+        return false;
+    }
+    QByteArray seen;
+};
+
+TEST_F(PopoverTest, theTokenStandsReadyForTheOpeningAndForNobodyElse)
+{
+    TokenWatch watch;
+    popover.show(std::nullopt, "a-token");
+    EXPECT_EQ(watch.seen, "a-token");
+    EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
+    popover.performClose();
+    popover.show(std::nullopt, {});
+    EXPECT_EQ(watch.seen, QByteArray());
+}
+
+TEST_F(PopoverTest, itStandsBesideTheClickOnTheScreen)
+{
+    const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+    const QRect item(available.center().x(), available.top(), 22, 22);
+    popover.show(item, {});
+    EXPECT_NEAR(view()->frameGeometry().center().x(), item.center().x(), 1);
+    EXPECT_TRUE(available.contains(view()->frameGeometry()));
+    EXPECT_LE(view()->height(), available.height() * 3 / 4);
+    popover.performClose();
+    popover.show(std::nullopt, {});
+    EXPECT_LE(available.right() - view()->frameGeometry().right(), 8);
+    EXPECT_LE(view()->frameGeometry().top() - available.top(), 8);
+}
+
+// A panel that tells nonsense.
+TEST_F(PopoverTest, anItemOnNoScreenCountsAsNone)
+{
+    popover.show(std::nullopt, {});
+    const QRect usual = view()->geometry();
+    popover.performClose();
+    for (const QRect& nowhere : {QRect(-50000, -50000, 22, 22), QRect(50000, 50000, 22, 22)}) {
+        popover.show(nowhere, {});
+        EXPECT_EQ(view()->geometry(), usual) << nowhere.x();
+        popover.performClose();
+    }
+}
+
+TEST_F(PopoverTest, itKeepsItsPlaceWhenItGrows)
+{
+    addAll({"ada", "bob"});
+    rescan();
+    settle();
+    const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+    popover.show(QRect(available.center().x(), available.top(), 22, 22), {});
+    const QPoint before = view()->pos();
+    const int height = view()->height();
+    applyTo("ada", read(UsageSource::endpoint));
+    settle();
+    EXPECT_GT(view()->height(), height);
+    EXPECT_EQ(view()->pos(), before);
+}
+
+TEST_F(PopoverTest, theNoticeGoesWhenItIsDismissed)
+{
+    reconcile = [](const std::vector<Account>& accounts) { return accounts; };
+    add("ada");
+    rescan();
+    settle();
+    open();
+    EXPECT_TRUE(says("New account discovered · ada"));
+    press("Dismiss");
+    settle();
+    EXPECT_EQ(state.newAccountNames(), test::Names());
+    EXPECT_FALSE(says("New account discovered · ada"));
+}
+
+TEST_F(PopoverTest, theControlsAndTheMenusShortcutsReachTheProgram)
+{
+    open();
+    press("Refresh now");
+    press("Settings");
+    EXPECT_EQ(pressed, (test::Names{"refresh", "settings"}));
+    EXPECT_EQ(view()->actions(), QList<QAction*>{&quit});
+}
+
+} // namespace
+} // namespace vellumor
