@@ -1,11 +1,12 @@
 // Times the program's own work beside the least that the same work could cost, and prints the ratio
-// of the medians. With --check the exit status is 1 when a ratio is above its limit.
+// of the medians. With --check the exit status is 1 when a ratio is above its limit, or a time
+// above the most that it may be.
 
 #include "Ratio.h"
 
 #include <fmt/core.h>
 
-#include <QCoreApplication>
+#include <QApplication>
 
 #include <cstdio>
 #include <cstdlib>
@@ -26,14 +27,23 @@ std::string scratchFolder()
     return pattern;
 }
 
+// No display, and no bus, for which Qt would start a thread.
+void isolate(const std::string& scratch)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    qputenv("XDG_RUNTIME_DIR", QByteArray::fromStdString(scratch));
+}
+
 std::vector<bench::Comparison> allComparisons(const std::string& scratch)
 {
     std::vector<bench::Comparison> all;
     for (const std::string name : {"files", "history", "home"})
         std::filesystem::create_directory(scratch + "/" + name);
-    for (auto& group : {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
-                        bench::usageHistory(scratch + "/history"),
-                        bench::accountDiscovery(scratch + "/home"), bench::tick()})
+    for (auto& group :
+         {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
+          bench::usageHistory(scratch + "/history"), bench::accountDiscovery(scratch + "/home"),
+          bench::tick(), bench::labels(), bench::popoverTick(), bench::notifications()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -47,18 +57,19 @@ int main(int argc, char** argv)
         fmt::print(stderr, "usage: vellumor_bench [--check]\n");
         return 2;
     }
-    const QCoreApplication application(argc, argv);
     if (std::freopen("/dev/null", "w", stderr) == nullptr) // for what the program has to say
         return 2;
     const std::string scratch = scratchFolder();
+    isolate(scratch);
+    const QApplication application(argc, argv);
     bool isGood = true;
     fmt::print("{:<42} {:>12} {:>12} {:>7} {:>7}\n", "", "ours", "bare", "ratio", "limit");
     for (const bench::Comparison& comparison : allComparisons(scratch)) {
         const bench::Medians medians = bench::measure(comparison);
         fmt::print("{:<42} {:>9.1f} us {:>9.1f} us {:>7.2f} {:>7.2f}{}\n", comparison.name,
                    medians.oursMicroseconds, medians.bareMicroseconds, medians.ratio(),
-                   comparison.limit, medians.ratio() > comparison.limit ? "  above" : "");
-        isGood = isGood && medians.ratio() <= comparison.limit;
+                   comparison.limit, medians.isGood(comparison) ? "" : "  above");
+        isGood = isGood && medians.isGood(comparison);
     }
     std::filesystem::remove_all(scratch);
     return isChecking && !isGood ? 1 : 0;

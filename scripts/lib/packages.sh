@@ -3,7 +3,7 @@
 # What each job needs. ca-certificates: without it no TLS certificate can be verified.
 packages_build=(
     g++ cmake ninja-build pkg-config ca-certificates
-    qt6-base-dev qt6-svg-dev libxcb1-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
+    qt6-base-dev libqt6svg6 libxcb1-dev qcoro-qt6-dev nlohmann-json3-dev rapidjson-dev libsimdjson-dev libfmt-dev libsodium-dev libutf8proc-dev
     libre2-dev libglib2.0-dev libsecret-1-dev
 )
 packages_soak=(faketime python3)

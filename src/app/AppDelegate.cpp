@@ -44,6 +44,8 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    m_parts.notifications.onOpen(
+        [this](const std::string& activationToken) { activate(activationToken); });
     installMainMenu();
     m_parts.heal();
     m_parts.statusItem.show(
@@ -128,7 +130,7 @@ void AppDelegate::activate(const std::string& activationToken)
 {
     if (!m_popover.isShown())
         refreshIfDue();
-    m_popover.show(std::nullopt, activationToken);
+    m_popover.show(m_lastAnchor, activationToken);
 }
 
 void AppDelegate::togglePopover(const std::optional<QRect>& anchor,
@@ -141,6 +143,7 @@ void AppDelegate::togglePopover(const std::optional<QRect>& anchor,
     if (m_popover.wasJustClosed())
         return;
     refreshIfDue();
+    m_lastAnchor = anchor;
     m_popover.show(anchor, activationToken);
 }
 

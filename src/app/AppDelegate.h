@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/state/AppState.h"
+#include "platform/Notifications.h"
 #include "platform/StatusItem.h"
 #include "ui/LabelPainter.h"
 #include "ui/Popover.h"
@@ -25,6 +26,7 @@ public:
         AppState& appState;
         Clock& clock;
         StatusItem& statusItem;
+        Notifications& notifications;
         std::function<void()> heal;         // the data folders, in the background
         std::function<void()> startPolling; // once the accounts are known
         std::function<Task<>(Instant now)> markPresence;
@@ -69,6 +71,7 @@ private:
     std::optional<Shown> m_shown;               // what the label was last drawn from
     StatusLabel m_label;
     std::unique_ptr<Alarm> m_nextStaleness;
+    std::optional<QRect> m_lastAnchor; // where the item was clicked last
 };
 
 } // namespace vellumor

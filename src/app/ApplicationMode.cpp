@@ -25,8 +25,8 @@ namespace {
 // Everything that needs a screen, in the order in which it leans on one another.
 struct Screens {
     Screens(Program& program, QApplication& application)
-        : statusItem(program.clock(), program.worker())
-        , delegate({program.appState(), program.clock(), statusItem,
+        : statusItem(program.clock(), trayWorker)
+        , delegate({program.appState(), program.clock(), statusItem, program.notifications(),
                     [&program] { program.healInBackground(); },
                     [&program] { program.startPolling(); },
                     [&program](Instant now) { return program.markPresence(now); },
@@ -35,6 +35,7 @@ struct Screens {
         scheme.start([this] { palette.adopt(scheme.prefersDark()); });
     }
 
+    Worker trayWorker; // of its own: whatever else hangs, the label stands in the panel
     DesktopPalette palette;
     ColourScheme scheme;
     LinuxStatusItem statusItem;
@@ -78,7 +79,7 @@ int run(QApplication& application, const Environment& environment, Folders folde
 int runApplicationMode(int argc, char** argv, const Environment& environment)
 {
     Folders folders = Folders::fromEnvironment(environment);
-    const bool hasScreen = Startup::hasDisplay(environment) && isDisplayReachable(environment);
+    const bool hasScreen = isDisplayReachable(environment);
     std::unique_ptr<QCoreApplication> application;
     if (hasScreen)
         application = std::make_unique<QApplication>(argc, argv);

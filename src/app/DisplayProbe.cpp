@@ -6,6 +6,8 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
+#include <sstream>
+#include <string_view>
 
 namespace vellumor {
 
@@ -41,13 +43,23 @@ bool answersWayland(const Environment& environment, const std::string& display)
 
 bool isDisplayReachable(const Environment& environment)
 {
-    if (value(environment, "QT_QPA_PLATFORM"))
-        return true;
     const auto wayland = value(environment, "WAYLAND_DISPLAY");
-    if (wayland && answersWayland(environment, *wayland))
-        return true;
     const auto x11 = value(environment, "DISPLAY");
-    return x11 && answersX11(*x11);
+    const auto isThere = [&](std::string_view platform) {
+        if (platform.starts_with("wayland"))
+            return wayland && answersWayland(environment, *wayland);
+        if (platform.starts_with("xcb"))
+            return x11 && answersX11(*x11);
+        return !platform.empty();
+    };
+    std::string platforms = value(environment, "QT_QPA_PLATFORM").value_or("wayland;xcb");
+    std::ranges::replace(platforms, ';', '\n');
+    std::istringstream names(platforms);
+    for (std::string name; std::getline(names, name);) {
+        if (isThere(name))
+            return true;
+    }
+    return false;
 }
 
 } // namespace vellumor

@@ -4,8 +4,9 @@
 
 namespace vellumor {
 
-// Whether the display server that the environment names answers. Qt ends the process with a core
-// dump where it does not. True where the environment leaves the choice to something else.
+// Whether there is a screen to show anything on: a display server that the environment names and
+// that answers, since Qt ends the process with a core dump where none does. QT_QPA_PLATFORM chooses
+// among the kinds; one that needs no server is always there.
 [[nodiscard]] bool isDisplayReachable(const Environment& environment);
 
 } // namespace vellumor

@@ -8,6 +8,7 @@
 #include "platform/linux/SessionBus.h"
 #include "store/DiskPath.h"
 #include "store/PresenceMarker.h"
+#include "ui/ShortTime.h"
 #include "usage/ApiBase.h"
 
 #include <QDeadlineTimer>
@@ -49,12 +50,17 @@ Program::Program(const Environment& environment, Folders folders)
     , m_collaborators({m_stores, m_accountWorker, m_client, m_reviver, m_network, m_readCredentials,
                        [this] { return m_preferences.current().localCacheOnly; },
                        [this] { return m_preferences.current().tokenRevivalEnabled; }})
+    , m_notifications({[this](const std::string& title, const std::string& body) {
+                           m_desktopNotifications.deliver(title, body);
+                       },
+                       [this] { return m_clock.now(); },
+                       [](Instant moment) { return shortTimeText(moment); }})
     , m_appState(
           {m_clock, m_accounts, m_preferences, [this] { return loadSharedIdentities(); },
            m_pipeline, m_stores, m_heartbeat,
            [this](DiscoveryInputs inputs) { return discover(std::move(inputs)); },
            [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); },
-           [this](const std::vector<Account>& accounts) { return m_known.reconcile(accounts); }})
+           m_notifications})
     , m_sleep(m_accountWorker, systemBusAddress(environment), m_clock)
 {
     m_files.ensureDirectory(m_folders.vellumor() + "/revive");
@@ -80,7 +86,12 @@ void Program::startPolling()
 {
     m_poller.emplace(Poller::Parts{m_appState, m_clock, [this] { return m_network.isOnline(); },
                                    jitter, [this](Instant now) { return markPresence(now); }});
-    m_sleep.start([this] { m_poller->willSleep(); }, [this] { m_poller->didWake(); });
+    m_sleep.start([this] { m_poller->willSleep(); },
+                  [this] {
+                      m_appState.recomputeEffectiveInterval(
+                          m_clock.now()); // what has grown old in the sleep
+                      m_poller->didWake();
+                  });
     m_network.onChange = [this](bool isOnline) { m_poller->observeNetwork(isOnline); };
     m_poller->startLoop(true);
 }

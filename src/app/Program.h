@@ -5,7 +5,7 @@
 #include "app/state/AppState.h"
 #include "app/state/Poller.h"
 #include "async/LiveClock.h"
-#include "notifications/KnownAccounts.h"
+#include "platform/linux/FreedesktopNotifications.h"
 #include "platform/linux/LogindSleepWatcher.h"
 #include "platform/linux/QtHttpTransport.h"
 #include "platform/linux/QtPathMonitor.h"
@@ -29,8 +29,7 @@ public:
 
     [[nodiscard]] AppState& appState() { return m_appState; }
     [[nodiscard]] Clock& clock() { return m_clock; }
-    // For what may wait for somebody else, and has nothing to do with the files of the program.
-    [[nodiscard]] Worker& worker() { return m_accountWorker; }
+    [[nodiscard]] Notifications& notifications() { return m_desktopNotifications; }
 
     // Gives the two data folders the rights they should have, on a thread of its own.
     void healInBackground() const;
@@ -81,7 +80,8 @@ private:
                                              m_folders.quorle() + "/poller.json"};
     LiveCollaborators m_collaborators;
     UsagePipeline m_pipeline{m_collaborators, m_clock};
-    KnownAccounts m_known;
+    FreedesktopNotifications m_desktopNotifications;
+    NotificationManager m_notifications;
     AppState m_appState;
     LogindSleepWatcher m_sleep;
     std::optional<Poller> m_poller; // once the first scan is over

@@ -27,15 +27,6 @@ bool isForeignRoot(unsigned effectiveUser, std::optional<unsigned> homeOwner)
     return effectiveUser == 0 && homeOwner && *homeOwner != 0;
 }
 
-bool hasDisplay(const Environment& environment)
-{
-    for (const char* name : {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"}) {
-        if (value(environment, name))
-            return true;
-    }
-    return false;
-}
-
 Outcome begin(SingleInstance& instance, Screen screen,
               std::function<void(const std::string& activationToken)> onActivate)
 {

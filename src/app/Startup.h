@@ -19,9 +19,6 @@ enum class Mode { diagnostics, application };
 // wrong user.
 [[nodiscard]] bool isForeignRoot(unsigned effectiveUser, std::optional<unsigned> homeOwner);
 
-// Whether the environment names a screen.
-[[nodiscard]] bool hasDisplay(const Environment& environment);
-
 // Whether there is a screen that answers.
 enum class Screen { there, absent };
 

@@ -8,6 +8,7 @@
 #include "store/Folders.h"
 
 #include <QLoggingCategory>
+#include <malloc.h>
 #include <sodium.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -43,6 +44,9 @@ int main(int argc, char** argv)
     const auto environment = readEnvironment(environ);
     SessionBus::pinAddress(environment);
     silenceNetworkLogging();
+    // The few threads share one heap: each heap of its own would hold on to pages that it does not
+    // need.
+    ::mallopt(M_ARENA_MAX, 1);
     // A reader of our output that goes away must not take the program with it.
     std::signal(SIGPIPE, SIG_IGN);
     if (sodium_init() < 0)

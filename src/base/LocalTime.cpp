@@ -41,6 +41,19 @@ bool isDaysAfter(Instant instant, int days, Instant base)
     return day(instant) == day(base) + std::chrono::days(days);
 }
 
+std::optional<Instant> startOfDay(Instant instant, int days)
+{
+    std::tm local = fields(instant);
+    local.tm_hour = local.tm_min = local.tm_sec = 0;
+    local.tm_mday += days;
+    local.tm_isdst = -1; // whichever holds on that day
+    local.tm_wday = -1;  // tells a failure from the second before 1970
+    const std::time_t seconds = ::mktime(&local);
+    if (local.tm_wday < 0)
+        return std::nullopt;
+    return Instant(std::chrono::seconds(seconds));
+}
+
 std::string weekday(Instant instant)
 {
     return weekdays.at(static_cast<std::size_t>(fields(instant).tm_wday));

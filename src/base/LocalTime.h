@@ -3,6 +3,7 @@
 #include "base/Instant.h"
 
 #include <ctime>
+#include <optional>
 #include <string>
 
 // LocalTime: moments as a calendar of the user's present time zone shows them. The zone is looked
@@ -17,6 +18,9 @@ namespace vellumor::LocalTime {
 {
     return isDaysAfter(a, 0, b);
 }
+
+// When the calendar day `days` after that of `instant` begins; nothing beyond the calendar.
+[[nodiscard]] std::optional<Instant> startOfDay(Instant instant, int days);
 
 // "Friday": always in English.
 [[nodiscard]] std::string weekday(Instant instant);

@@ -93,6 +93,13 @@ bool isLetterOrDigit(utf8proc_int32_t c)
     }
 }
 
+bool isCombiningMark(utf8proc_int32_t c)
+{
+    const auto category = utf8proc_category(c);
+    return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_MC ||
+           category == UTF8PROC_CATEGORY_ME;
+}
+
 bool isUnprintable(utf8proc_int32_t c)
 {
     if (c < 0 || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069))
@@ -162,6 +169,24 @@ std::string capitalised(std::string_view text)
         inWord = c >= 0 && isLetterOrDigit(c);
     });
     return result;
+}
+
+std::string slug(std::string_view text)
+{
+    std::string slug;
+    bool isInWord = false;
+    forEach(composed(text), [&](utf8proc_int32_t c, std::string_view) {
+        const bool isMark = c >= 0 && isCombiningMark(c);
+        if (c < 0 || !(isLetterOrDigit(c) || (isMark && isInWord))) {
+            isInWord = false;
+            return;
+        }
+        if (!isInWord && !slug.empty())
+            slug += '-';
+        isInWord = true;
+        append(slug, utf8proc_tolower(c));
+    });
+    return slug;
 }
 
 std::string withUpperFirst(std::string_view text)

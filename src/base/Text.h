@@ -18,6 +18,10 @@ namespace vellumor::Text {
 // every character that is neither letter nor digit.
 [[nodiscard]] std::string capitalised(std::string_view text);
 
+// Fit for a file's name: letters and figures of any script in lower case, with the marks that
+// belong to them, and one "-" for whatever stands between.
+[[nodiscard]] std::string slug(std::string_view text);
+
 // The first character in upper case, the rest as it is.
 [[nodiscard]] std::string withUpperFirst(std::string_view text);
 

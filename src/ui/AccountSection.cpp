@@ -1,6 +1,7 @@
 #include "ui/AccountSection.h"
 
 #include "ui/Accessibility.h"
+#include "ui/OneLine.h"
 #include "ui/PlainText.h"
 #include "ui/SymbolButton.h"
 #include "ui/UsageRow.h"
@@ -70,10 +71,10 @@ void AccountSection::makeLines()
         text->setFont(font);
         return text;
     };
-    m_placeholder = line(m_metrics.base);
+    m_substitute = line(m_metrics.base);
     m_forecast = line(m_metrics.secondary);
     m_credits = line(m_metrics.secondary);
-    for (PlainText* text : {m_placeholder, m_forecast, m_credits})
+    for (PlainText* text : {m_substitute, m_forecast, m_credits})
         m_column->addWidget(text);
     m_noteLine = new QWidget(this);
     auto* const note = new QHBoxLayout(m_noteLine);
@@ -108,7 +109,7 @@ void AccountSection::setContent(const AccountSectionContent& content, const Them
 
 void AccountSection::setHeader(const AccountSectionContent& content, const Theme& theme)
 {
-    setAccessibleName(QString::fromStdString(content.name).simplified());
+    setAccessibleName(oneLine(content.name));
     m_name->setPlainText(content.name);
     m_name->setColour(theme.text);
     showLine(*m_plan, content.plan, theme.dimmed);
@@ -136,7 +137,7 @@ void AccountSection::setRows(const std::vector<UsageRowContent>& rows, const The
 
 void AccountSection::setLines(const AccountSectionContent& content, const Theme& theme)
 {
-    showLine(*m_placeholder, content.isWaiting ? "…" : content.placeholder, theme.dimmed);
+    showLine(*m_substitute, content.isWaiting ? "…" : content.substitute, theme.dimmed);
     showLine(*m_forecast, content.forecast, theme.dimmed);
     showLine(*m_credits, content.credits, content.areCreditsExhausted ? theme.full : theme.dimmed);
 }

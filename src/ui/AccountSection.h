@@ -56,7 +56,7 @@ private:
     SymbolButton* m_history = nullptr;
     QVBoxLayout* m_rowColumn = nullptr;
     std::vector<UsageRow*> m_rows;
-    PlainText* m_placeholder = nullptr;
+    PlainText* m_substitute = nullptr;
     PlainText* m_forecast = nullptr;
     PlainText* m_credits = nullptr;
     QWidget* m_noteLine = nullptr;

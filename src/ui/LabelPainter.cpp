@@ -2,9 +2,10 @@
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QIcon>
 #include <QPainter>
 #include <QPainterPath>
-#include <QSvgRenderer>
+#include <QPixmap>
 
 #include <algorithm>
 #include <cmath>
@@ -176,9 +177,11 @@ QImage stackedImage(const std::vector<Group>& groups, const QFont& font, int sca
 QImage symbolImage(int scale)
 {
     QImage image = canvas(MenuBarLabel::height, scale);
-    QSvgRenderer renderer(QStringLiteral(":/icons/vellumor-menubar-template.svg"));
-    QPainter painter(&image);
-    renderer.render(&painter, QRectF(0, 0, MenuBarLabel::height, MenuBarLabel::height));
+    const int pixels = image.height();
+    const QIcon symbol(QStringLiteral(":/icons/vellumor-menubar-template.svg"));
+    QPixmap drawn = symbol.pixmap(QSize(pixels, pixels), 1.0);
+    drawn.setDevicePixelRatio(scale);
+    QPainter(&image).drawPixmap(0, 0, drawn);
     return image;
 }
 

@@ -7,11 +7,10 @@
 namespace vellumor {
 
 LinkButton::LinkButton(QWidget* parent)
-    : QAbstractButton(parent)
+    : FlatButton(parent)
     , m_colour(palette().color(QPalette::Link))
 {
     Accessibility::setRole(*this, QAccessible::Link);
-    setFocusPolicy(Qt::TabFocus);
     setCursor(Qt::PointingHandCursor);
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
 }

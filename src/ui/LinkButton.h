@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QAbstractButton>
+#include "ui/FlatButton.h"
+
 #include <QColor>
 
 namespace vellumor {
 
 // A text that leads to a page, underlined, in the accent colour.
-class LinkButton final : public QAbstractButton {
+class LinkButton final : public FlatButton {
     Q_OBJECT
 
 public:

@@ -1,5 +1,6 @@
 #include "ui/PlainText.h"
 
+#include "ui/OneLine.h"
 #include "ui/Theme.h"
 
 #include <QPainter>
@@ -29,7 +30,7 @@ PlainText::PlainText(QWidget* parent, int mostLines)
 
 void PlainText::setPlainText(const std::string& text)
 {
-    const QString whole = QString::fromStdString(text).simplified();
+    const QString whole = oneLine(text);
     if (whole == this->text())
         return;
     setText(whole);

@@ -31,10 +31,10 @@ PopoverMetrics PopoverMetrics::of(const QFont& font)
     metrics.margin = 14;
     metrics.row = grown(20);
     metrics.step = 4;
-    metrics.barX = grown(114);
-    metrics.barWidth = grown(88);
+    metrics.barX = grown(112);
+    metrics.barWidth = grown(86);
     metrics.barHeight = 6;
-    metrics.percentRight = grown(250);
+    metrics.percentRight = grown(243);
     metrics.base = font;
     metrics.name = larger(font, 1);
     metrics.name.setWeight(QFont::DemiBold);

@@ -1,5 +1,7 @@
 #include "ui/SymbolButton.h"
 
+#include "ui/OneLine.h"
+
 #include <QEvent>
 #include <QPainter>
 
@@ -16,18 +18,17 @@ constexpr double pressedAlpha = 0.18;
 } // namespace
 
 SymbolButton::SymbolButton(Symbols::Symbol symbol, QWidget* parent)
-    : QAbstractButton(parent)
+    : FlatButton(parent)
     , m_symbol(symbol)
     , m_colour(palette().color(QPalette::Text))
 {
-    setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     setFixedSize(sizeHint());
 }
 
 void SymbolButton::setHelp(const std::string& help)
 {
-    const QString text = QString::fromStdString(help).simplified();
+    const QString text = oneLine(help);
     setAccessibleName(text);
     setToolTip(QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()));
 }
@@ -50,7 +51,7 @@ bool SymbolButton::event(QEvent* event)
 {
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
         update();
-    return QAbstractButton::event(event);
+    return FlatButton::event(event);
 }
 
 void SymbolButton::paintEvent(QPaintEvent*)

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "ui/FlatButton.h"
 #include "ui/Symbols.h"
-
-#include <QAbstractButton>
 
 namespace vellumor {
 
 // A flat symbol of 16 points in a target of 24, with a tooltip that is its accessible name too.
-class SymbolButton final : public QAbstractButton {
+class SymbolButton final : public FlatButton {
     Q_OBJECT
 
 public:

@@ -36,7 +36,11 @@ QPixmap pixmap(Symbol symbol, int points, const QColor& colour, double scale)
     const QString name = themeName(symbol);
     const QIcon own(QStringLiteral(":/icons/%1.svg").arg(name));
     const int pixels = qRound(points * scale);
-    QPixmap drawn = QIcon::fromTheme(name, own).pixmap(QSize(pixels, pixels), 1.0);
+    // A theme that has the symbol in colours alone gives that one, which would become a blot.
+    const QIcon themed = QIcon::fromTheme(name);
+    QPixmap drawn;
+    if (themed.name() == name)
+        drawn = themed.pixmap(QSize(pixels, pixels), 1.0);
     if (drawn.isNull())
         drawn = own.pixmap(QSize(pixels, pixels), 1.0);
     QPixmap coloured(pixels, pixels);

@@ -53,6 +53,15 @@ QColor Contrast::readable(const QColor& over, const QColor& under, double alpha)
     return blended(over, under, std::min(alpha, 1.0));
 }
 
+QColor Contrast::legible(const QColor& colour, const QColor& text, const QColor& background)
+{
+    QColor mixed = colour;
+    for (double share = alphaStep; share < 1 && ratio(mixed, background) < leastContrast;
+         share += alphaStep)
+        mixed = blended(text, colour, share);
+    return mixed;
+}
+
 Theme Theme::of(const QPalette& palette)
 {
     Theme theme;
@@ -63,9 +72,12 @@ Theme Theme::of(const QPalette& palette)
     theme.edge = Contrast::blended(theme.text, theme.background, edgeAlpha);
     theme.track = Contrast::blended(theme.text, theme.background, trackAlpha);
     theme.accent = palette.color(QPalette::Active, QPalette::Highlight);
-    theme.link = palette.color(QPalette::Active, QPalette::Link);
+    theme.link = Contrast::legible(palette.color(QPalette::Active, QPalette::Link), theme.text,
+                                   theme.background);
     theme.high = theme.isDark() ? QColor(0xe5, 0xa0, 0x3c) : QColor(0xb9, 0x6f, 0x0c);
-    theme.full = theme.isDark() ? QColor(0xff, 0x6b, 0x61) : QColor(0xc6, 0x28, 0x28);
+    theme.full =
+        Contrast::legible(theme.isDark() ? QColor(0xff, 0x6b, 0x61) : QColor(0xc6, 0x28, 0x28),
+                          theme.text, theme.background);
     return theme;
 }
 

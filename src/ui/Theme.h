@@ -42,6 +42,9 @@ namespace Contrast {
 // it.
 [[nodiscard]] QColor readable(const QColor& over, const QColor& under, double alpha);
 
+// `colour` with as much of `text` in it as a contrast of 4.5 needs.
+[[nodiscard]] QColor legible(const QColor& colour, const QColor& text, const QColor& background);
+
 } // namespace Contrast
 
 } // namespace vellumor

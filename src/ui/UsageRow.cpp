@@ -1,6 +1,7 @@
 #include "ui/UsageRow.h"
 
 #include "ui/Accessibility.h"
+#include "ui/OneLine.h"
 #include "ui/UsageBar.h"
 
 #include <QPainter>
@@ -10,12 +11,8 @@ namespace vellumor {
 namespace {
 
 constexpr int gap = 8;
-constexpr int oneLine = static_cast<int>(Qt::AlignVCenter) | static_cast<int>(Qt::TextSingleLine);
-
-QString qt(const std::string& text)
-{
-    return QString::fromStdString(text).simplified();
-}
+constexpr int singleLine =
+    static_cast<int>(Qt::AlignVCenter) | static_cast<int>(Qt::TextSingleLine);
 
 } // namespace
 
@@ -33,12 +30,12 @@ void UsageRow::setContent(const UsageRowContent& content, const Theme& theme)
         return;
     m_content = content;
     m_theme = theme;
-    setAccessibleName(qt(content.spoken()));
-    setAccessibleDescription(qt(content.tooltip));
-    QString tip = qt(content.tooltip).toHtmlEscaped();
+    setAccessibleName(oneLine(content.spoken()));
+    setAccessibleDescription(oneLine(content.tooltip));
+    QString tip = oneLine(content.tooltip).toHtmlEscaped();
     const QFontMetrics metrics(m_metrics.base);
-    if (metrics.horizontalAdvance(qt(content.title)) > m_metrics.barX - gap)
-        tip.prepend(qt(content.title).toHtmlEscaped() + (tip.isEmpty() ? "" : "<br>"));
+    if (metrics.horizontalAdvance(oneLine(content.title)) > m_metrics.barX - gap)
+        tip.prepend(oneLine(content.title).toHtmlEscaped() + (tip.isEmpty() ? "" : "<br>"));
     setToolTip(tip.isEmpty() ? tip : QStringLiteral("<span>%1</span>").arg(tip));
     update();
 }
@@ -56,9 +53,9 @@ void UsageRow::paintPercent(QPainter& painter, const QRect& place) const
         font.setBold(true);
     painter.setFont(font);
     painter.setPen(colour(isFull ? m_theme.full : m_theme.text));
-    painter.drawText(
-        place, oneLine | Qt::AlignRight,
-        QFontMetrics(font).elidedText(qt(m_content.percentText), Qt::ElideRight, place.width()));
+    painter.drawText(place, singleLine | Qt::AlignRight,
+                     QFontMetrics(font).elidedText(oneLine(m_content.percentText), Qt::ElideRight,
+                                                   place.width()));
 }
 
 void UsageRow::paintEvent(QPaintEvent*)
@@ -67,9 +64,9 @@ void UsageRow::paintEvent(QPaintEvent*)
     const QRect title(0, 0, m_metrics.barX - gap, height());
     painter.setFont(m_metrics.base);
     painter.setPen(colour(m_theme.text));
-    painter.drawText(title, oneLine | Qt::AlignLeft,
+    painter.drawText(title, singleLine | Qt::AlignLeft,
                      QFontMetrics(m_metrics.base)
-                         .elidedText(qt(m_content.title), Qt::ElideRight, title.width()));
+                         .elidedText(oneLine(m_content.title), Qt::ElideRight, title.width()));
 
     const UsageBar bar{m_content.percent, m_content.isStale};
     bar.paint(painter,
@@ -84,7 +81,9 @@ void UsageRow::paintEvent(QPaintEvent*)
                       height());
     painter.setFont(m_metrics.secondary);
     painter.setPen(colour(m_theme.dimmed));
-    painter.drawText(reset, oneLine | Qt::AlignRight, qt(m_content.resetText));
+    painter.drawText(reset, singleLine | Qt::AlignRight,
+                     QFontMetrics(m_metrics.secondary)
+                         .elidedText(oneLine(m_content.resetText), Qt::ElideRight, reset.width()));
 }
 
 } // namespace vellumor

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/state/AppStateTesting.h"
+#include "support/FakeNotifications.h"
 #include "support/FakeStatusItem.h"
 #include "ui/PopoverView.h"
 
@@ -18,10 +19,12 @@ using std::chrono::seconds;
 
 struct AppDelegateTest : test::AppStateTesting {
     test::FakeStatusItem statusItem{steps};
+    test::FakeNotifications desktopNotifications;
     test::Gate* presenceGate = nullptr;
     AppDelegate delegate{{.appState = state,
                           .clock = clock,
                           .statusItem = statusItem,
+                          .notifications = desktopNotifications,
                           .heal = [this] { steps.emplace_back("heal"); },
                           .startPolling = [this] { steps.emplace_back("polling"); },
                           .markPresence = [this](Instant now) { return markPresence(now); },
@@ -145,9 +148,10 @@ TEST_F(AppDelegateTest, theReadingsOfTheRunBeforeAreDrawnBeforeThePollingBegins)
                     [](std::vector<std::string>) -> Task<std::set<std::string>> {
                         std::set<std::string> nothing;
                         co_return nothing;
-                    }}};
+                    },
+                    notifications}};
     double intervalAtPolling = 0;
-    AppDelegate fresh({other, clock, statusItem, [] {},
+    AppDelegate fresh({other, clock, statusItem, desktopNotifications, [] {},
                        [&] {
                            steps.emplace_back("polling");
                            intervalAtPolling = other.effectiveInterval();
@@ -281,6 +285,16 @@ TEST_F(AppDelegateTest, askedForTwiceThePopoverStaysOpen)
     EXPECT_EQ(popover(), first);
     click();
     EXPECT_EQ(popover(), nullptr);
+}
+
+TEST_F(AppDelegateTest, aNotificationThatIsFollowedOpensThePopoverAndLeavesAnOpenOne)
+{
+    start();
+    desktopNotifications.open("a-token");
+    const PopoverView* const first = popover();
+    ASSERT_NE(first, nullptr);
+    desktopNotifications.open({});
+    EXPECT_EQ(popover(), first);
 }
 
 // The click on the panel takes the focus first, so the popover is closed when it is told of it.

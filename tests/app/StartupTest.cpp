@@ -61,15 +61,6 @@ TEST(Startup, rootIsRefusedInSomebodyElsesHomeAlone)
     EXPECT_FALSE(Startup::isForeignRoot(1000, 0));
 }
 
-TEST(Startup, aScreenIsWhatTheEnvironmentNames)
-{
-    EXPECT_FALSE(Startup::hasDisplay({}));
-    EXPECT_FALSE(Startup::hasDisplay({{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}));
-    EXPECT_TRUE(Startup::hasDisplay({{"DISPLAY", ":0"}}));
-    EXPECT_TRUE(Startup::hasDisplay({{"WAYLAND_DISPLAY", "wayland-0"}}));
-    EXPECT_TRUE(Startup::hasDisplay({{"QT_QPA_PLATFORM", "offscreen"}}));
-}
-
 TEST_F(StartupTest, theOnlyCopyRuns)
 {
     EXPECT_EQ(begin(Screen::there), Outcome::run);

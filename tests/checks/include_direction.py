@@ -24,7 +24,7 @@ ORCHESTRATION = {
     "usage": {"base", "store", "platform", "async", "usage/model", "usage/caches", "accounts", "history"},
     "notifications": {"base", "store", "platform", "usage/model", "usage", "accounts", "history"},
     "diagnostics": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history", "telemetry"},
-    "app/state": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history"},
+    "app/state": {"base", "store", "platform", "async", "usage/model", "usage/caches", "usage", "accounts", "history", "notifications"},
     "ui/model": {"base", "store", "usage/model", "usage", "accounts", "history", "app/state"},
 }
 EDGES = {

@@ -1,6 +1,7 @@
 #include "simulation/SimulatedProgram.h"
 
 #include "async/Sleep.h"
+#include "base/Format.h"
 #include "store/DiskPath.h"
 #include "store/PresenceMarker.h"
 
@@ -39,10 +40,13 @@ SimulatedProgram::SimulatedProgram(World world)
                        [this] { return m_preferences.current().localCacheOnly; },
                        [this] { return m_preferences.current().tokenRevivalEnabled; }})
     , m_pipeline(m_collaborators, m_world.clock)
+    , m_notifications({[](const std::string&, const std::string&) {},
+                       [this] { return m_world.clock.now(); }, Format::isoWholeSeconds})
     , m_state({m_world.clock, m_accounts, m_preferences, [this] { return loadSharedIdentities(); },
                m_pipeline, m_stores, m_heartbeat,
                [this](DiscoveryInputs inputs) { return discover(std::move(inputs)); },
-               [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); }})
+               [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); },
+               m_notifications})
 {
     m_reviver.pathOverride = [] { return std::nullopt; };
     m_reviver.resolveBinary = [](std::optional<std::string>) -> Task<std::optional<std::string>> {

@@ -85,6 +85,7 @@ private:
     Serial<PollerHeartbeatStore> m_heartbeat;
     LiveCollaborators m_collaborators;
     UsagePipeline m_pipeline;
+    NotificationManager m_notifications;
     AppState m_state;
     std::optional<Poller> m_poller;
     std::vector<Task<>> m_tasks;

@@ -304,7 +304,7 @@ TEST_F(PopoverViewTest, aTextOfSeveralLinesHasRoomForEachOfThem)
     wordy.forecast = wordy.credits = sentence + " " + sentence;
     wordy.note = NoteContent{sentence + " " + sentence, true};
     AccountSectionContent empty = section("bob", 0);
-    empty.placeholder = sentence + " " + sentence;
+    empty.substitute = sentence + " " + sentence;
     PopoverContent content = contentOf({wordy, empty});
     content.notice = sentence + " " + sentence;
     show(content);
@@ -457,7 +457,7 @@ TEST_F(PopoverViewTest, whatIsNotToBeShownIsNot)
     EXPECT_EQ(textWidget(""), nullptr);
     EXPECT_TRUE(view.findChildren<UsageRow*>().isEmpty());
     bare.isWaiting = false;
-    bare.placeholder = "No usage data";
+    bare.substitute = "No usage data";
     view.setContent(contentOf({bare}), tall);
     EXPECT_NE(textWidget("No usage data"), nullptr);
     EXPECT_EQ(textWidget("…"), nullptr);

@@ -22,6 +22,7 @@ BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration
 # What the bus may start: whatever else is installed stays out.
 SERVICES = ("org.a11y.Bus.service", "org.xfce.Xfconf.service")
 NOTIFIER = next(pathlib.Path("/usr/lib").glob("*/xfce4/notifyd/xfce4-notifyd"), None)
+NOTIFICATIONS = "org.freedesktop.Notifications"
 PORTAL = ("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings")
 NETWORK = ("org.freedesktop.NetworkManager", "/org/freedesktop/NetworkManager", "org.freedesktop.DBus.Mock")
 ARRIVAL = 0.3  # seconds in which the next item would have come
@@ -228,6 +229,17 @@ class Desktop:
             self.wait_for_name("org.freedesktop.Notifications")
         if manages_windows:
             wait_until(lambda: "(WINDOW)" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"), "a window manager")
+
+    def start_notifier(self):
+        self._launch_notifier()
+        self.wait_for_name(NOTIFICATIONS)
+
+    def end_notifier(self):
+        self.processes.end("notifier")
+        wait_until(lambda: NOTIFICATIONS not in self.names(), "the end of the notification server")
+
+    def _launch_notifier(self):
+        self.processes.start("notifier", [str(NOTIFIER)], os.environ)
 
     def wait_for_name(self, name):
         wait_until(lambda: name in self.names(), f"{name} on the bus")

@@ -67,7 +67,14 @@ class XfcePanel(NotifierHost):
         self.wait_for_host()
 
     def tray(self):
-        return next((box for box in self._windows() if box[3] < self.HIGHEST * self.desktop.scale), None)
+        return next((box for box in self._windows()
+                     if box[3] < self.HIGHEST * self.desktop.scale and self._is_at_edge(box)), None)
+
+    def _is_at_edge(self, box):
+        """As the panel is, unlike the words about what is under the pointer."""
+        _, top, _, height = box
+        distance = top if self.desktop.edge == "top" else self.desktop.screen[1] - top - height
+        return distance < height / 2
 
     def choose(self, number):
         """That entry of the menu which has just been asked for."""

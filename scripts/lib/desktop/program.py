@@ -2,7 +2,11 @@
 import os
 import pathlib
 
+from gi.repository import GLib
+
 from processes import Missing, wait_until
+
+MENU = ("/MenuBar", "com.canonical.dbusmenu")
 
 
 class Endpoint:
@@ -74,3 +78,10 @@ class Program:
     def title(self):
         """What the status item says of itself."""
         return self.desktop.item_property(self.desktop.items()[0], "Title")
+
+    def choose(self, name):
+        """That entry of the status item's menu, as a panel does that shows it."""
+        item = self.desktop.items()[0]
+        _, (_, _, entries) = self.desktop.call(item, *MENU, "GetLayout", "(iias)", (0, 1, ["label"]))
+        number = next(number for number, properties, _ in entries if properties.get("label") == name)
+        self.desktop.call(item, *MENU, "Event", "(isvu)", (number, "clicked", GLib.Variant("i", 0), 0))

@@ -243,7 +243,22 @@ void AppState::apply(const FetchOutcome& outcome, const std::string& id)
     else if (outcome.usage &&
              (outcome.source == UsageSource::endpoint || outcome.source == UsageSource::cli))
         m_parseFailStreak.erase(id);
+    if (known != nullptr)
+        tellOf(*known, outcome);
     m_notice.announce();
+}
+
+// With the history as it was published last: it ends with the reading before this one.
+void AppState::tellOf(const Account& known, const FetchOutcome& outcome)
+{
+    if (outcome.usage) {
+        const UsageSamples none;
+        const auto history = m_historyByDir.find(known.configDir);
+        m_parts.notifications.observe(known, *outcome.usage, outcome.source, preferences(),
+                                      history == m_historyByDir.end() ? none : *history->second,
+                                      m_effectiveInterval);
+    }
+    m_parts.notifications.noteOutcome(known, outcome, preferences());
 }
 
 // --- What is shown ------------------------------------------------------------------------------

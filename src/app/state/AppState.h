@@ -6,6 +6,7 @@
 #include "app/state/AccountUsageState.h"
 #include "app/state/ChangeNotice.h"
 #include "async/Task.h"
+#include "notifications/NotificationManager.h"
 #include "store/PollerHeartbeatStore.h"
 #include "store/PreferencesStore.h"
 #include "usage/UsagePipeline.h"
@@ -41,8 +42,7 @@ public:
         // Those of the folders that are there.
         std::function<Task<std::set<std::string>>(std::vector<std::string> folders)>
             existingFolders;
-        // Those of the accounts that the scan before did not have.
-        std::function<std::vector<Account>(const std::vector<Account>& accounts)> reconcile = {};
+        NotificationManager& notifications;
     };
 
     // Everything borrowed outlives it.
@@ -134,6 +134,7 @@ private:
     [[nodiscard]] Task<> fetchAndApply(FetchRequest request, std::chrono::milliseconds delay);
     [[nodiscard]] FetchRequest requestFor(const Account& target, bool manual,
                                           std::optional<double> coverageWindow);
+    void tellOf(const Account& known, const FetchOutcome& outcome);
     [[nodiscard]] Task<> finishRound();
     [[nodiscard]] Task<> reloadHistory();
     [[nodiscard]] Task<> reloadAnchors();

@@ -65,9 +65,7 @@ Task<> AppState::rescan()
 
 void AppState::noteNewAccounts()
 {
-    if (!m_parts.reconcile)
-        return;
-    for (const Account& account : m_parts.reconcile(m_accounts)) {
+    for (const Account& account : m_parts.notifications.reconcile(m_accounts, preferences())) {
         if (std::ranges::find(m_newAccountNames, account.displayName) == m_newAccountNames.end())
             m_newAccountNames.push_back(account.displayName);
     }

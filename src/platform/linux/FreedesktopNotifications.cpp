@@ -3,7 +3,10 @@
 #include "platform/linux/BusCall.h"
 
 #include <QDBusMessage>
+#include <QDeadlineTimer>
 #include <QVariantMap>
+
+#include <algorithm>
 
 namespace vellumor {
 
@@ -36,8 +39,10 @@ QVariantMap hints()
 
 } // namespace
 
-FreedesktopNotifications::FreedesktopNotifications(QDBusConnection bus)
+FreedesktopNotifications::FreedesktopNotifications(QDBusConnection bus,
+                                                   std::chrono::milliseconds answerLimit)
     : m_bus(std::move(bus))
+    , m_answerLimit(static_cast<int>(answerLimit.count()))
 {
 }
 
@@ -45,14 +50,26 @@ void FreedesktopNotifications::onOpen(
     std::function<void(const std::string& activationToken)> handler)
 {
     m_onOpen = std::move(handler);
-    // From anybody: to know the server's own, the library would ask the bus and wait; and all that
-    // a stranger can do is to open the popover, which the bus lets everybody do.
+    // From anybody, since to know the server's own the library would ask the bus and wait: who has
+    // sent it is looked at when it comes.
     const auto listen = [this](const char* signal, const char* slot) {
         m_bus.connect(QString(), serverPath, server, QString::fromLatin1(signal), this, slot);
     };
-    listen("ActionInvoked", SLOT(onActionInvoked(uint, QString)));
-    listen("ActivationToken", SLOT(onActivationToken(uint, QString)));
-    listen("NotificationClosed", SLOT(onClosed(uint, uint)));
+    listen("ActionInvoked", SLOT(onActionInvoked(uint, QString, QDBusMessage)));
+    listen("ActivationToken", SLOT(onActivationToken(uint, QString, QDBusMessage)));
+    listen("NotificationClosed", SLOT(onClosed(uint, uint, QDBusMessage)));
+}
+
+void FreedesktopNotifications::ask(const QDBusMessage& call,
+                                   std::function<void(const QDBusMessage& answer)> then)
+{
+    BusCall::send(
+        m_bus, call, this,
+        [then = std::move(then)](const QDBusMessage& answer) {
+            if (isAnswer(answer))
+                then(answer);
+        },
+        m_answerLimit);
 }
 
 // Servers differ in whether they read the body as markup, and may be exchanged at any time, so each
@@ -61,15 +78,13 @@ void FreedesktopNotifications::deliver(const std::string& title, const std::stri
 {
     if (!m_bus.isConnected())
         return;
-    BusCall::send(m_bus, method(QStringLiteral("GetCapabilities")), this,
-                  [this, title = QString::fromStdString(title),
-                   body = QString::fromStdString(body)](const QDBusMessage& answer) {
-                      if (!isAnswer(answer))
-                          return;
-                      const auto capabilities = answer.arguments().value(0).toStringList();
-                      const bool hasMarkup = capabilities.contains(QStringLiteral("body-markup"));
-                      send(title, hasMarkup ? body.toHtmlEscaped() : body);
-                  });
+    ask(method(QStringLiteral("GetCapabilities")),
+        [this, title = QString::fromStdString(title),
+         body = QString::fromStdString(body)](const QDBusMessage& answer) {
+            const auto capabilities = answer.arguments().value(0).toStringList();
+            const bool hasMarkup = capabilities.contains(QStringLiteral("body-markup"));
+            send(title, hasMarkup ? body.toHtmlEscaped() : body);
+        });
 }
 
 // The action has a readable name, since some servers show it as a button.
@@ -84,34 +99,51 @@ void FreedesktopNotifications::send(const QString& title, const QString& body)
                                  actions,
                                  hints(),
                                  serversChoice};
-    BusCall::send(m_bus, method(QStringLiteral("Notify"), arguments), this,
-                  [this](const QDBusMessage& answer) {
-                      if (!isAnswer(answer))
-                          return;
-                      if (m_shown.size() >= mostShown)
-                          m_shown.erase(m_shown.begin());
-                      m_shown.insert_or_assign(answer.arguments().value(0).toUInt(), QString());
-                  });
+    ask(method(QStringLiteral("Notify"), arguments), [this](const QDBusMessage& answer) {
+        remember(answer.service(), answer.arguments().value(0).toUInt());
+    });
 }
 
-void FreedesktopNotifications::onActivationToken(uint id, const QString& token)
+void FreedesktopNotifications::remember(const QString& server, uint id)
 {
-    const auto shown = m_shown.find(id);
-    if (shown != m_shown.end())
-        shown->second = token;
+    forget(server, id); // a server that uses it again has not told of the closing
+    if (m_shown.size() >= mostShown)
+        m_shown.pop_front();
+    m_shown.push_back({server, id, {}});
 }
 
-void FreedesktopNotifications::onActionInvoked(uint id, const QString& action)
+void FreedesktopNotifications::forget(const QString& server, uint id)
 {
-    const auto shown = m_shown.find(id);
-    if (shown == m_shown.end() || action != defaultAction)
-        return;
-    m_onOpen(shown->second.toStdString());
+    std::erase_if(m_shown,
+                  [&](const Shown& shown) { return shown.id == id && shown.server == server; });
 }
 
-void FreedesktopNotifications::onClosed(uint id, uint)
+FreedesktopNotifications::Shown* FreedesktopNotifications::shownBy(const QString& server, uint id)
 {
-    m_shown.erase(id);
+    const auto found = std::find_if(m_shown.begin(), m_shown.end(), [&](const Shown& shown) {
+        return shown.id == id && shown.server == server;
+    });
+    return found == m_shown.end() ? nullptr : &*found;
+}
+
+void FreedesktopNotifications::onActivationToken(uint id, const QString& token,
+                                                 const QDBusMessage& message)
+{
+    if (Shown* const shown = shownBy(message.service(), id))
+        shown->activationToken = token;
+}
+
+void FreedesktopNotifications::onActionInvoked(uint id, const QString& action,
+                                               const QDBusMessage& message)
+{
+    const Shown* const shown = shownBy(message.service(), id);
+    if (shown && action == defaultAction)
+        m_onOpen(shown->activationToken.toStdString());
+}
+
+void FreedesktopNotifications::onClosed(uint id, uint, const QDBusMessage& message)
+{
+    forget(message.service(), id);
 }
 
 void FreedesktopNotifications::requestAuthorization(std::function<void(Authorization)> then)
@@ -123,16 +155,18 @@ void FreedesktopNotifications::requestAuthorization(std::function<void(Authoriza
     }
     BusCall::send(
         m_bus, BusCall::ofBus(QStringLiteral("NameHasOwner"), {server}), this,
-        [this, then = std::move(then)](const QDBusMessage& answer) {
+        [this, then = std::move(then),
+         deadline = QDeadlineTimer(askTimeoutMs)](const QDBusMessage& answer) {
             if (isAnswer(answer) && answer.arguments().value(0).toBool())
                 then(Authorization::authorized);
-            else
-                askWhoCanBeStarted(then);
+            else // within what is left of the time: the user is waiting for the switch
+                askWhoCanBeStarted(then, static_cast<int>(deadline.remainingTime()));
         },
         askTimeoutMs);
 }
 
-void FreedesktopNotifications::askWhoCanBeStarted(std::function<void(Authorization)> then)
+void FreedesktopNotifications::askWhoCanBeStarted(std::function<void(Authorization)> then,
+                                                  int timeout)
 {
     BusCall::send(
         m_bus, BusCall::ofBus(QStringLiteral("ListActivatableNames"), {}), this,
@@ -141,7 +175,7 @@ void FreedesktopNotifications::askWhoCanBeStarted(std::function<void(Authorizati
             then(isAnswer(answer) && names.contains(server) ? Authorization::authorized
                                                             : Authorization::denied);
         },
-        askTimeoutMs);
+        timeout);
 }
 
 } // namespace vellumor

@@ -78,8 +78,12 @@ SingleCopy::claim(std::function<void(const std::string& activationToken)> onActi
     if (bus.registerService(busName))
         return std::nullopt;
     bus.unregisterObject(objectPath);
-    m_lock.release();
-    return ownerOnBus().value_or(0);
+    const auto owner = ownerOnBus();
+    if (owner)
+        m_lock.release();
+    else
+        log(Tag::main, "the session bus refuses its name — a second start cannot be handed over");
+    return owner;
 }
 
 void SingleCopy::activateOther()

@@ -56,7 +56,7 @@ void addReading(AccountSectionContent& content, const AccountSectionInput& input
 {
     const Usage& usage = *input.state->usage;
     if (usage.windows.empty())
-        content.placeholder = "No usage data";
+        content.substitute = "No usage data";
     for (const LimitWindow& window : usage.windows)
         content.rows.push_back(row(window, input, now));
     content.forecast = forecastLine(input, now, shortTime);
@@ -103,9 +103,9 @@ AccountSectionContent accountSectionContent(const AccountSectionInput& input, In
     if (input.state->usage)
         addReading(content, input, now, shortTime);
     else
-        content.placeholder = StatusNote::reason(*input.state).value_or("");
+        content.substitute = StatusNote::reason(*input.state).value_or("");
     content.note = noteOf(*input.state, input.isStale);
-    if (content.note && content.note->text == content.placeholder)
+    if (content.note && content.note->text == content.substitute)
         content.note.reset(); // once is enough
     content.isWaiting = !input.state->usage && !input.state->lastError && input.state->isLoading;
     return content;

@@ -49,7 +49,7 @@ struct AccountSectionContent {
     std::string plan;
     std::string historyHelp; // of the button that opens the history
     bool isWaiting = false;  // nothing is known yet, and a fetch is under way
-    std::string placeholder; // in place of the rows
+    std::string substitute;  // in place of the rows
     std::vector<UsageRowContent> rows;
     std::string forecast;
     std::string credits;

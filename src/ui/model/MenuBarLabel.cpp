@@ -17,14 +17,14 @@ constexpr double narrowGroupGap = 3.0;
 constexpr double wideGroupGap = 7.0; // so that the two bars of an account read as one
 
 struct Seconds {
-    bool ofPercents;     // a second slot for the other limits
-    bool ofPlaceholders; // a second slot where nothing is known
+    bool ofPercents; // a second slot for the other limits
+    bool ofUnknown;  // a second slot where nothing is known
 };
 
-Group placeholder(Fill fill, bool dimmed, Seconds seconds)
+Group unknownGroup(Fill fill, bool dimmed, Seconds seconds)
 {
     Group group{{fill, dimmed, false}};
-    if (seconds.ofPlaceholders)
+    if (seconds.ofUnknown)
         group.push_back({fill, dimmed, true});
     return group;
 }
@@ -33,13 +33,13 @@ Group groupOf(const AccountRender& render, Seconds seconds)
 {
     switch (render.state) {
     case State::loading:
-        return placeholder(Ellipsis{}, false, seconds);
+        return unknownGroup(Ellipsis{}, false, seconds);
     case State::noData:
     case State::noToken:
     case State::expired:
-        return placeholder(Dash{}, true, seconds);
+        return unknownGroup(Dash{}, true, seconds);
     case State::blocked:
-        return placeholder(Dash{}, false, seconds);
+        return unknownGroup(Dash{}, false, seconds);
     case State::ok:
     case State::stale:
         break;

@@ -62,6 +62,7 @@ MenuBarTab::MenuBarTab(AppState& appState)
     for (const Row& row : rows) {
         auto* const button = new QRadioButton(buttonText(row.title), this);
         connect(button, &QRadioButton::clicked, this, [this, row] { choose(row.choice); });
+        button->setAccessibleDescription(QString::fromUtf8(row.description));
         column->addWidget(button);
         addText(row.description, indent);
         m_buttons[row.choice] = button;

@@ -19,7 +19,7 @@ constexpr double selectedAlpha = 0.10;
 } // namespace
 
 TabBarButton::TabBarButton(SettingsTab tab, QWidget* parent)
-    : QAbstractButton(parent)
+    : FlatButton(parent)
     , m_tab(tab)
 {
     Accessibility::setRole(*this, QAccessible::PageTab);
@@ -27,7 +27,6 @@ TabBarButton::TabBarButton(SettingsTab tab, QWidget* parent)
     setText(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
     setAccessibleName(text());
     setCheckable(true);
-    setFocusPolicy(Qt::TabFocus);
 }
 
 QSize TabBarButton::sizeHint() const

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "ui/FlatButton.h"
 #include "ui/settings/SettingsTab.h"
-
-#include <QAbstractButton>
 
 namespace vellumor {
 
 // One tab of the row at the window's top: a symbol over its title.
-class TabBarButton final : public QAbstractButton {
+class TabBarButton final : public FlatButton {
     Q_OBJECT
 
 public:

@@ -2,6 +2,7 @@
 
 #include "app/state/AppState.h"
 #include "app/state/WatchedFileCalls.h"
+#include "base/Format.h"
 #include "support/FakeClock.h"
 #include "support/PassWorker.h"
 #include "support/TempFolder.h"
@@ -40,14 +41,14 @@ struct AppWorld {
     Gate* scanGate = nullptr;
     Gate* lookGate = nullptr;
     Gate* identitiesGate = nullptr;
-    // Which accounts of a scan are new; none without it.
-    std::function<std::vector<Account>(const std::vector<Account>& accounts)> reconcile;
+    std::vector<std::string> delivered; // bodies of notifications
+    NotificationManager notifications{
+        {[this](const std::string&, const std::string& body) { delivered.push_back(body); },
+         [this] { return clock.now(); }, Format::isoWholeSeconds}};
     AppState state{{clock, store, preferences, [this] { return loadShared(); }, pipeline, stores,
                     heartbeat, [this](DiscoveryInputs inputs) { return scan(std::move(inputs)); },
                     [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); },
-                    [this](const std::vector<Account>& accounts) {
-                        return reconcile ? reconcile(accounts) : std::vector<Account>();
-                    }}};
+                    notifications}};
 
     AppWorld() { others.results = {reading(40, clock.now())}; }
 

@@ -66,11 +66,11 @@ TEST_F(AccountSectionContentTest, aFirstFetchUnderWayIsWaitedFor)
 {
     state.emplace().isLoading = true;
     EXPECT_TRUE(content().isWaiting);
-    EXPECT_EQ(content().placeholder, "");
+    EXPECT_EQ(content().substitute, "");
     EXPECT_EQ(content().note, std::nullopt);
     state->lastError = test::error(Kind::transport);
     EXPECT_FALSE(content().isWaiting);
-    EXPECT_EQ(content().placeholder, "Couldn’t update usage numbers");
+    EXPECT_EQ(content().substitute, "Couldn’t update usage numbers");
     state = test::read({window("session", 3)});
     state->isLoading = true;
     EXPECT_FALSE(content().isWaiting);
@@ -107,7 +107,7 @@ TEST_F(AccountSectionContentTest, theRowsAreTheWindowsInTheirOrder)
 TEST_F(AccountSectionContentTest, aReadingWithoutWindowsSaysSo)
 {
     state = test::read({});
-    EXPECT_EQ(content().placeholder, "No usage data");
+    EXPECT_EQ(content().substitute, "No usage data");
     EXPECT_TRUE(content().rows.empty());
     isStale = true;
     EXPECT_EQ(content().note, (NoteContent{"Showing last update", true}));
@@ -247,13 +247,13 @@ TEST_F(AccountSectionContentTest, theNoteUnderAReadingIsAWarningAndARevivalIsNon
 TEST_F(AccountSectionContentTest, withoutAReadingTheReasonStandsInPlaceOfTheRows)
 {
     state = test::failed(Kind::rateLimited);
-    EXPECT_EQ(content().placeholder, "Rate limited — waiting before the next refresh");
+    EXPECT_EQ(content().substitute, "Rate limited — waiting before the next refresh");
     EXPECT_EQ(content().note, std::nullopt);
     state->revival = RevivalStatus::retrying;
     EXPECT_EQ(content().note, (NoteContent{"Couldn’t refresh your sign-in — will retry", false}));
-    EXPECT_EQ(content().placeholder, "Rate limited — waiting before the next refresh");
+    EXPECT_EQ(content().substitute, "Rate limited — waiting before the next refresh");
     state->lastError.reset();
-    EXPECT_EQ(content().placeholder, "");
+    EXPECT_EQ(content().substitute, "");
     EXPECT_NE(content().note, std::nullopt);
 }
 
@@ -261,7 +261,7 @@ TEST_F(AccountSectionContentTest, theSameSentenceIsNotSaidTwice)
 {
     state = test::failed(Kind::noService);
     state->revival = RevivalStatus::needsSignIn;
-    EXPECT_EQ(content().placeholder, "Sign in to this account in Claude Code");
+    EXPECT_EQ(content().substitute, "Sign in to this account in Claude Code");
     EXPECT_EQ(content().note, std::nullopt);
 }
 

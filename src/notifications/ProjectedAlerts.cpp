@@ -1,0 +1,82 @@
+#include "notifications/ProjectedAlerts.h"
+
+#include "notifications/AlertKey.h"
+
+#include <algorithm>
+
+namespace vellumor {
+
+namespace {
+
+constexpr double sessionShortfall = 1800.0; // seconds without the limit that are worth a word
+constexpr double weeklyShortfall = 18000.0;
+constexpr double cooldown = 5400.0; // seconds between two warnings for one account
+constexpr int leastCount = 2;
+
+bool isSession(const std::string& kind)
+{
+    return kind == "session";
+}
+
+const LimitWindow* windowOf(const std::vector<LimitWindow>& windows, const std::string& kind)
+{
+    const auto found = std::ranges::find(windows, kind, &LimitWindow::kind);
+    return found == windows.end() ? nullptr : &*found;
+}
+
+bool isEligible(const EtaHold& hold, Instant resetsAt, Instant wall)
+{
+    if (hold.count < leastCount)
+        return false;
+    const double least = isSession(hold.windowKind) ? sessionShortfall : weeklyShortfall;
+    return secondsBetween(wall, resetsAt) >= least;
+}
+
+// Takes one candidate into the outcome; gives it when it is to be told.
+std::optional<ProjectedFire> advance(const Projection::Candidate& candidate,
+                                     const ProjectedInput& input, EtaHolds& holds)
+{
+    const LimitWindow* window = windowOf(input.windows, candidate.kind);
+    if (!candidate.wall || window == nullptr || !window->resetsAt)
+        return std::nullopt;
+    EtaHold hold{candidate.kind,
+                 AlertKey::of({input.accountId, "projlimit", candidate.kind}, *window->resetsAt), 1,
+                 false};
+    const auto prior = input.previous.find(candidate.kind);
+    const bool goesOn = prior != input.previous.end() && prior->second.key == hold.key;
+    if (goesOn)
+        hold.count = prior->second.count + 1;
+    const bool wasEligible = goesOn && prior->second.wasEligible;
+    const bool eligible = isEligible(hold, *window->resetsAt, *candidate.wall);
+    hold.wasEligible = eligible || wasEligible;
+    const bool isReady = eligible && !wasEligible &&
+                         (isSession(candidate.kind) ? input.deliverSession : input.deliverWeekly) &&
+                         !input.alreadyFired.contains(hold.key);
+    ProjectedFire fire{candidate.kind, candidate.title, *candidate.wall, hold.key};
+    holds.insert_or_assign(candidate.kind, std::move(hold));
+    return isReady ? std::optional(std::move(fire)) : std::nullopt;
+}
+
+} // namespace
+
+ProjectedOutcome advanceProjected(const ProjectedInput& input)
+{
+    ProjectedOutcome outcome;
+    std::vector<ProjectedFire> ready;
+    for (const Projection::Candidate& candidate : input.candidates) {
+        if (auto fire = advance(candidate, input, outcome.holds))
+            ready.push_back(*std::move(fire));
+    }
+    if (ready.empty())
+        return outcome;
+    std::ranges::stable_sort(ready, {}, &ProjectedFire::wall);
+    for (const ProjectedFire& fire : ready)
+        outcome.consumedKeys.push_back(fire.key);
+    if (input.lastFired && secondsBetween(*input.lastFired, input.now) < cooldown)
+        return outcome;
+    outcome.fire = ready.front();
+    outcome.firedAt = input.now;
+    return outcome;
+}
+
+} // namespace vellumor
