@@ -12,7 +12,7 @@ namespace vellumor {
 
 namespace {
 
-const auto server = QStringLiteral("org.freedesktop.Notifications");
+const auto serverName = QStringLiteral("org.freedesktop.Notifications");
 const auto serverPath = QStringLiteral("/org/freedesktop/Notifications");
 const auto defaultAction = QStringLiteral("default");
 constexpr int askTimeoutMs = 2000;
@@ -21,7 +21,7 @@ constexpr std::size_t mostShown = 256; // a server that tells of no closing must
 
 QDBusMessage method(const QString& name, const QVariantList& arguments = {})
 {
-    auto call = QDBusMessage::createMethodCall(server, serverPath, server, name);
+    auto call = QDBusMessage::createMethodCall(serverName, serverPath, serverName, name);
     call.setArguments(arguments);
     return call;
 }
@@ -53,7 +53,7 @@ void FreedesktopNotifications::onOpen(
     // From anybody, since to know the server's own the library would ask the bus and wait: who has
     // sent it is looked at when it comes.
     const auto listen = [this](const char* signal, const char* slot) {
-        m_bus.connect(QString(), serverPath, server, QString::fromLatin1(signal), this, slot);
+        m_bus.connect(QString(), serverPath, serverName, QString::fromLatin1(signal), this, slot);
     };
     listen("ActionInvoked", SLOT(onActionInvoked(uint, QString, QDBusMessage)));
     listen("ActivationToken", SLOT(onActivationToken(uint, QString, QDBusMessage)));
@@ -154,7 +154,7 @@ void FreedesktopNotifications::requestAuthorization(std::function<void(Authoriza
         return;
     }
     BusCall::send(
-        m_bus, BusCall::ofBus(QStringLiteral("NameHasOwner"), {server}), this,
+        m_bus, BusCall::ofBus(QStringLiteral("NameHasOwner"), {serverName}), this,
         [this, then = std::move(then),
          deadline = QDeadlineTimer(askTimeoutMs)](const QDBusMessage& answer) {
             if (isAnswer(answer) && answer.arguments().value(0).toBool())
@@ -172,8 +172,8 @@ void FreedesktopNotifications::askWhoCanBeStarted(std::function<void(Authorizati
         m_bus, BusCall::ofBus(QStringLiteral("ListActivatableNames"), {}), this,
         [then = std::move(then)](const QDBusMessage& answer) {
             const auto names = answer.arguments().value(0).toStringList();
-            then(isAnswer(answer) && names.contains(server) ? Authorization::authorized
-                                                            : Authorization::denied);
+            then(isAnswer(answer) && names.contains(serverName) ? Authorization::authorized
+                                                                : Authorization::denied);
         },
         timeout);
 }

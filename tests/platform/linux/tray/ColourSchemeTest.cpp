@@ -1,7 +1,7 @@
 #include "platform/linux/ColourScheme.h"
 
-#include "platform/linux/tray/BusTesting.h"
 #include "platform/linux/tray/FakePortal.h"
+#include "support/BusTesting.h"
 
 #include <memory>
 

@@ -1,10 +1,10 @@
 #include "platform/linux/tray/LinuxStatusItem.h"
 
-#include "platform/linux/tray/BusTesting.h"
 #include "platform/linux/tray/FakePortal.h"
 #include "platform/linux/tray/FakeTrayHost.h"
 #include "platform/linux/tray/LabelTesting.h"
 #include "platform/linux/tray/SignalCounter.h"
+#include "support/BusTesting.h"
 #include "support/FakeClock.h"
 #include "support/LoopTicks.h"
 #include "support/PassWorker.h"

@@ -1,7 +1,7 @@
 #include "platform/linux/tray/RegisteredItem.h"
 
-#include "platform/linux/tray/BusTesting.h"
 #include "platform/linux/tray/FakeTrayHost.h"
+#include "support/BusTesting.h"
 #include "support/PassWorker.h"
 
 namespace vellumor {

@@ -1,6 +1,6 @@
 #include "platform/linux/tray/StatusMenu.h"
 
-#include "platform/linux/tray/BusTesting.h"
+#include "support/BusTesting.h"
 
 namespace vellumor {
 namespace {

@@ -1,8 +1,8 @@
 #include "platform/linux/tray/TrayWatcher.h"
 
-#include "platform/linux/tray/BusTesting.h"
 #include "platform/linux/tray/FakeTrayHost.h"
 #include "platform/linux/tray/SignalCounter.h"
+#include "support/BusTesting.h"
 
 #include <sys/prctl.h>
 

@@ -21,6 +21,10 @@ namespace vellumor::test {
 // A bus of the test's own. What is called lives in the test's own thread, so every call lets the
 // event loop turn.
 struct BusTest : testing::Test {
+    explicit BusTest(const PrivateBus::Options& options = {})
+        : bus(folder.makeFolder("bus"), options)
+    {
+    }
     ~BusTest() override
     {
         QDBusConnection::disconnectFromBus(client.name());
@@ -62,7 +66,7 @@ struct BusTest : testing::Test {
     void settle(const QString& service) { call(service, "/", "org.freedesktop.DBus.Peer", "Ping"); }
 
     TempFolder folder;
-    PrivateBus bus{folder.makeFolder("bus")};
+    PrivateBus bus;
     QDBusConnection client = connection("client");
     QDBusConnection server = connection("server");
 
