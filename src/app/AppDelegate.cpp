@@ -12,7 +12,9 @@ namespace vellumor {
 
 namespace {
 
-constexpr double freshEnough = 20.0; // seconds since the last round
+constexpr double freshEnough = 20.0;           // seconds since the last round
+constexpr std::chrono::seconds afterStart{12}; // the first round is over by then
+constexpr std::chrono::seconds afterClosing{1};
 
 bool isRefreshDue(const std::optional<Instant>& lastUpdated, Instant now)
 {
@@ -36,6 +38,7 @@ AppDelegate::AppDelegate(Parts parts)
                      },
                  .refresh = [this] { keepTask(m_parts.appState.refresh(true)); },
                  .signInGuide = [] { openPage(QuorleURL::signInGuide); },
+                 .closed = [this] { giveMemoryBackSoon(afterClosing); },
                  .menu = {&m_quit}})
 {
 }
@@ -66,6 +69,12 @@ Task<> AppDelegate::begin()
     updateLabel();
     m_parts.startPolling();
     co_await m_parts.markPresence(m_parts.clock.now());
+    giveMemoryBackSoon(afterStart);
+}
+
+void AppDelegate::giveMemoryBackSoon(std::chrono::seconds delay)
+{
+    m_nextGivingBack = m_parts.clock.after(delay, [this] { m_parts.giveMemoryBack(); });
 }
 
 // The tasks end by themselves; this object lives as long as the event loop.

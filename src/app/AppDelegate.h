@@ -31,6 +31,7 @@ public:
         std::function<void()> startPolling; // once the accounts are known
         std::function<Task<>(Instant now)> markPresence;
         std::function<void()> terminate;
+        std::function<void()> giveMemoryBack; // what is free, after much was used for a moment
     };
 
     // What is borrowed outlives it. Shows nothing yet.
@@ -61,6 +62,7 @@ private:
     [[nodiscard]] Task<> begin();
     void keepTask(Task<> task);
     void refreshIfDue();
+    void giveMemoryBackSoon(std::chrono::seconds delay);
     void scheduleStaleness(const std::vector<Account>& pinned, Instant now);
 
     Parts m_parts;
@@ -71,6 +73,7 @@ private:
     std::optional<Shown> m_shown;               // what the label was last drawn from
     StatusLabel m_label;
     std::unique_ptr<Alarm> m_nextStaleness;
+    std::unique_ptr<Alarm> m_nextGivingBack;
     std::optional<QRect> m_lastAnchor; // where the item was clicked last
 };
 

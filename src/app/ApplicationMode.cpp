@@ -16,6 +16,8 @@
 #include <QApplication>
 #include <QSessionManager>
 
+#include <malloc.h>
+
 #include <cstdlib>
 
 namespace vellumor {
@@ -30,7 +32,7 @@ struct Screens {
                     [&program] { program.healInBackground(); },
                     [&program] { program.startPolling(); },
                     [&program](Instant now) { return program.markPresence(now); },
-                    [&application] { application.quit(); }})
+                    [&application] { application.quit(); }, [] { ::malloc_trim(0); }})
     {
         scheme.start([this] { palette.adopt(scheme.prefersDark()); });
     }

@@ -85,6 +85,7 @@ void Popover::performClose()
     auto view = std::move(m_view); // hiding it tells that it is no longer active
     view->hide();
     view.release()->deleteLater(); // it may be its own event that closes it
+    m_actions.closed();
 }
 
 void Popover::onDeactivated()

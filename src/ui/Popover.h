@@ -27,6 +27,7 @@ public:
         std::function<void()> settings;
         std::function<void()> refresh;
         std::function<void()> signInGuide;
+        std::function<void()> closed;
         QList<QAction*> menu; // shortcuts that work in the window too; they outlive this
     };
 

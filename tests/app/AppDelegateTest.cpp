@@ -28,7 +28,9 @@ struct AppDelegateTest : test::AppStateTesting {
                           .heal = [this] { steps.emplace_back("heal"); },
                           .startPolling = [this] { steps.emplace_back("polling"); },
                           .markPresence = [this](Instant now) { return markPresence(now); },
-                          .terminate = [this] { steps.emplace_back("terminate"); }}};
+                          .terminate = [this] { steps.emplace_back("terminate"); },
+                          .giveMemoryBack = [this] { ++givenBack; }}};
+    int givenBack = 0;
 
     ~AppDelegateTest() override
     {
@@ -156,7 +158,7 @@ TEST_F(AppDelegateTest, theReadingsOfTheRunBeforeAreDrawnBeforeThePollingBegins)
                            steps.emplace_back("polling");
                            intervalAtPolling = other.effectiveInterval();
                        },
-                       [this](Instant now) { return markPresence(now); }, [] {}});
+                       [this](Instant now) { return markPresence(now); }, [] {}, [] {}});
     fresh.applicationDidFinishLaunching();
     settle();
     const auto polling = std::find(steps.begin(), steps.end(), "polling");
@@ -271,6 +273,18 @@ TEST_F(AppDelegateTest, closingRefreshesNothing)
     settle();
     EXPECT_EQ(popover(), nullptr);
     EXPECT_EQ(calls(), 0);
+}
+
+TEST_F(AppDelegateTest, freeMemoryIsGivenBackAfterTheStartAndAfterThePopover)
+{
+    start();
+    EXPECT_EQ(givenBack, 0);
+    clock.advance(std::chrono::seconds(12));
+    EXPECT_EQ(givenBack, 1);
+    click();
+    click();
+    clock.advance(std::chrono::seconds(1));
+    EXPECT_EQ(givenBack, 2);
 }
 
 TEST_F(AppDelegateTest, askedForTwiceThePopoverStaysOpen)
@@ -418,8 +432,9 @@ TEST_F(AppDelegateTest, thePicturesAreDrawnAnewOnlyWhenTheyChange)
 TEST_F(AppDelegateTest, theLabelDimsByItselfWhenAReadingGrowsTooOld)
 {
     start();
+    clock.advance(seconds(12)); // what is given back after the start
     ASSERT_EQ(clock.pendingAlarms(), 1U);
-    clock.advance(seconds(360)); // three times the usual interval
+    clock.advance(seconds(348)); // three times the usual interval in all
     EXPECT_TRUE(statusItem.labels.empty());
     clock.advance(milliseconds(1));
     ASSERT_EQ(statusItem.labels.size(), 1U);
@@ -434,6 +449,7 @@ TEST_F(AppDelegateTest, whereNoReadingIsDrawnNoAlarmWaits)
     start();
     state.setPinned(id("ada"), false);
     settle();
+    clock.advance(seconds(12)); // what is given back after the start
     EXPECT_EQ(clock.pendingAlarms(), 0U);
 }
 

@@ -20,12 +20,14 @@ using std::chrono::seconds;
 
 struct PopoverTest : test::AppStateTesting {
     test::Names pressed;
+    int closings = 0;
     QAction quit;
     Popover popover{state,
                     clock,
                     {.settings = [this] { pressed.emplace_back("settings"); },
                      .refresh = [this] { pressed.emplace_back("refresh"); },
                      .signInGuide = [this] { pressed.emplace_back("guide"); },
+                     .closed = [this] { ++closings; },
                      .menu = {&quit}}};
 
     ~PopoverTest() override
@@ -171,6 +173,7 @@ TEST_F(PopoverTest, closingByHandIsNotLosingTheFocus)
     EXPECT_FALSE(popover.wasJustClosed());
     popover.performClose();
     EXPECT_FALSE(popover.isShown());
+    EXPECT_EQ(closings, 1);
 }
 
 // Notes the token that stands ready when a window is shown.
