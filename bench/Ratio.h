@@ -45,5 +45,6 @@ void writeBare(const std::string& folder, const std::string& bytes);
 [[nodiscard]] std::vector<Comparison> labels();
 [[nodiscard]] std::vector<Comparison> popoverTick();
 [[nodiscard]] std::vector<Comparison> notifications();
+[[nodiscard]] std::vector<Comparison> charts();
 
 } // namespace vellumor::bench

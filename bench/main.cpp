@@ -40,10 +40,10 @@ std::vector<bench::Comparison> allComparisons(const std::string& scratch)
     std::vector<bench::Comparison> all;
     for (const std::string name : {"files", "history", "home"})
         std::filesystem::create_directory(scratch + "/" + name);
-    for (auto& group :
-         {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
-          bench::usageHistory(scratch + "/history"), bench::accountDiscovery(scratch + "/home"),
-          bench::tick(), bench::labels(), bench::popoverTick(), bench::notifications()})
+    for (auto& group : {bench::usageDecoding(), bench::fileWriting(scratch + "/files"),
+                        bench::usageHistory(scratch + "/history"),
+                        bench::accountDiscovery(scratch + "/home"), bench::tick(), bench::labels(),
+                        bench::popoverTick(), bench::notifications(), bench::charts()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

@@ -15,6 +15,7 @@
 
 #include <QApplication>
 #include <QSessionManager>
+#include <QSettings>
 
 #include <malloc.h>
 
@@ -53,6 +54,8 @@ void setUpApplication(QApplication& application)
         &application, &QGuiApplication::saveStateRequest, &application,
         [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); },
         Qt::DirectConnection);
+    // The file panel would keep its last folders in a file of its own.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
     Accessibility::install();
 }
 

@@ -99,6 +99,7 @@ void Program::startPolling()
 // On a thread that goes away afterwards: the first scan does not wait for it.
 void Program::healInBackground() const
 {
+    QThreadPool::globalInstance()->setExpiryTimeout(1000); // it is not needed again for long
     QThreadPool::globalInstance()->start([files = m_files, folders = m_folders] {
         files.healTree(folders.vellumor());
         files.healTree(folders.quorle());

@@ -48,10 +48,16 @@ std::optional<Instant> startOfDay(Instant instant, int days)
     local.tm_mday += days;
     local.tm_isdst = -1; // whichever holds on that day
     local.tm_wday = -1;  // tells a failure from the second before 1970
-    const std::time_t seconds = ::mktime(&local);
-    if (local.tm_wday < 0)
+    const std::chrono::seconds seconds(::mktime(&local));
+    if (local.tm_wday < 0 ||
+        seconds > std::chrono::floor<std::chrono::seconds>(Instant::max().time_since_epoch()))
         return std::nullopt;
-    return Instant(std::chrono::seconds(seconds));
+    const Instant start(seconds);
+    // Where the clocks go back over midnight, that comes twice, and mktime gives either.
+    const Instant before = start - std::chrono::seconds(1);
+    if (!isSameDay(before, start))
+        return start;
+    return start - std::chrono::seconds(fields(before).tm_gmtoff - fields(start).tm_gmtoff);
 }
 
 std::string weekday(Instant instant)

@@ -1,5 +1,7 @@
 #include "history/Projection.h"
 
+#include "history/Sparkline.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -24,20 +26,12 @@ Projection::Run pointsOf(const UsageSamples& history, std::string_view kind)
     return points;
 }
 
-// Twice the typical spacing, so that a hole is judged by the account's own cadence.
 std::optional<double> gapLimit(const Projection::Run& points)
 {
-    std::vector<double> gaps;
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        const double gap = secondsBetween(points[i - 1].at, points[i].at);
-        if (gap > 0)
-            gaps.push_back(gap);
-    }
-    if (gaps.empty())
-        return std::nullopt;
-    const auto middle = gaps.begin() + static_cast<std::ptrdiff_t>(gaps.size() / 2);
-    std::nth_element(gaps.begin(), middle, gaps.end());
-    return 2 * *middle;
+    std::vector<double> spacings;
+    for (std::size_t i = 1; i < points.size(); ++i)
+        spacings.push_back(secondsBetween(points[i - 1].at, points[i].at));
+    return Sparkline::gapThreshold(std::move(spacings));
 }
 
 double rateOf(double average, const UsageSamples& history, std::string_view kind, Instant now)

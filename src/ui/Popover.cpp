@@ -1,9 +1,12 @@
 #include "ui/Popover.h"
 
+#include "history/HistoryExport.h"
+#include "ui/ExportPanel.h"
 #include "ui/PopoverPlace.h"
 #include "ui/PopoverView.h"
 #include "ui/ShortTime.h"
 
+#include <QClipboard>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
@@ -54,7 +57,13 @@ void Popover::makeView()
         .refresh = m_actions.refresh,
         .dismissNotice = [this] { m_appState.dismissNewAccounts(); },
         .signInGuide = m_actions.signInGuide,
-        .history = [](const std::string&) {},
+        .history = [this](const std::string& configDir) { showHistory(configDir); },
+        .back = [this] { showHistory({}); },
+        .copy =
+            [](const std::string& text) {
+                QGuiApplication::clipboard()->setText(QString::fromStdString(text));
+            },
+        .exportAs = [this](const std::string& extension) { exportHistory(extension); },
         .close = [this] { performClose(); },
         .deactivated = [this] { onDeactivated(); },
     });
@@ -68,6 +77,7 @@ void Popover::show(const std::optional<QRect>& anchor, const std::string& activa
         const bool isOnScreen = anchor && QGuiApplication::screenAt(anchor->center()) != nullptr;
         m_anchor = isOnScreen ? anchor : std::nullopt;
         makeView();
+        m_historyInputs = {};
         update();
         m_view->show();
         m_nextTick = m_clock.after(tickLength, [this] { tick(); });
@@ -96,6 +106,64 @@ void Popover::onDeactivated()
     performClose();
 }
 
+void Popover::showHistory(const std::string& configDir)
+{
+    m_historyDir = configDir;
+    m_historyInputs = {};
+    update();
+}
+
+const Account* Popover::historyAccount() const
+{
+    const auto& accounts = m_appState.accounts();
+    const auto found = std::ranges::find(accounts, m_historyDir, &Account::configDir);
+    return found == accounts.end() ? nullptr : &*found;
+}
+
+// An account may go while its history is shown.
+void Popover::updateHistory(Instant now)
+{
+    const Account* account = historyAccount();
+    if (account == nullptr) {
+        m_view->setHistory(nullptr);
+        return;
+    }
+    HistoryInputs inputs;
+    if (const auto known = m_appState.historyByDir().find(m_historyDir);
+        known != m_appState.historyByDir().end())
+        inputs.samples = known->second;
+    if (const auto known = m_appState.receiptsByDir().find(m_historyDir);
+        known != m_appState.receiptsByDir().end())
+        inputs.receipts = known->second;
+    if (const AccountUsageState* state = m_appState.state(account->id))
+        inputs.usage = state->usage;
+    inputs.name = account->displayName;
+    inputs.minute = std::chrono::floor<std::chrono::minutes>(now.time_since_epoch());
+    if (inputs == m_historyInputs)
+        return;
+    const UsageSamples none;
+    m_view->setHistory(std::make_shared<const HistoryContent>(
+        HistoryContent::of(*account, inputs.samples ? *inputs.samples : none, inputs.receipts,
+                           inputs.usage ? &*inputs.usage : nullptr, now,
+                           [](Instant moment) { return shortTimeText(moment); })));
+    m_historyInputs = std::move(inputs);
+}
+
+void Popover::exportHistory(const std::string& extension)
+{
+    const Account* account = historyAccount();
+    if (account == nullptr)
+        return;
+    const Instant now = m_clock.now();
+    const UsageSamples samples =
+        m_historyInputs.samples ? *m_historyInputs.samples : UsageSamples();
+    const auto bytes = extension == "csv" ? std::optional(HistoryExport::csv(samples))
+                                          : HistoryExport::json(account->displayName, samples,
+                                                                m_historyInputs.receipts, now);
+    if (bytes)
+        ExportPanel::save(HistoryExport::filename(account->displayName, extension, now), *bytes);
+}
+
 void Popover::tick()
 {
     m_nextTick = m_clock.after(tickLength, [this] { tick(); });
@@ -111,6 +179,7 @@ void Popover::update()
     m_view->setContent(PopoverContent::of(m_appState, m_clock.now(),
                                           [](Instant moment) { return shortTimeText(moment); }),
                        static_cast<int>(available.height() * mostOfScreen));
+    updateHistory(m_clock.now());
     if (!m_view->isVisible() || m_view->size() != before)
         m_view->setGeometry(PopoverPlace::rect(m_anchor, m_view->size(), available));
 }

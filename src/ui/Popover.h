@@ -46,8 +46,22 @@ public:
     void performClose();
 
 private:
+    // What a history is made of: made anew when one of these is another.
+    struct HistoryInputs {
+        AppState::History samples;
+        WeeklyReceipts receipts;
+        std::optional<Usage> usage;
+        std::string name;
+        std::chrono::minutes minute{};
+        bool operator==(const HistoryInputs&) const = default;
+    };
+
     void makeView();
     void update();
+    void updateHistory(Instant now);
+    void showHistory(const std::string& configDir); // empty: the list
+    void exportHistory(const std::string& extension);
+    [[nodiscard]] const Account* historyAccount() const;
     void tick();
     void onDeactivated();
 
@@ -57,6 +71,9 @@ private:
     std::unique_ptr<PopoverView> m_view; // while it is open
     std::unique_ptr<Alarm> m_nextTick;
     std::optional<QRect> m_anchor;
+    // Of which account the history is shown; empty for none. Stays when the popover closes.
+    std::string m_historyDir;
+    HistoryInputs m_historyInputs; // what it was last made of
     std::optional<std::chrono::steady_clock::time_point> m_lostFocusAt;
 };
 

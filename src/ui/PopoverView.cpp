@@ -1,6 +1,7 @@
 #include "ui/PopoverView.h"
 
 #include "ui/AccountSection.h"
+#include "ui/HistoryDetailView.h"
 #include "ui/LinkButton.h"
 #include "ui/PlainText.h"
 #include "ui/SymbolButton.h"
@@ -122,7 +123,7 @@ void PopoverView::setContent(const PopoverContent& content, int mostHeight)
 void PopoverView::apply(const PopoverContent& content)
 {
     m_content = content;
-    m_banner->setContent(content.notice, m_theme);
+    m_banner->setContent(m_history ? std::string() : content.notice, m_theme);
     setSections(content.sections);
     setHint();
     m_footerText->setPlainText(content.footer);
@@ -144,7 +145,7 @@ void PopoverView::setSections(const std::vector<AccountSectionContent>& sections
         section->onHistory = [this](const std::string& dir) { m_actions.history(dir); };
         section->setLineAbove(!m_sections.empty());
         m_listColumn->addWidget(section);
-        section->show();
+        section->setVisible(!m_history);
         m_sections.push_back(section);
     }
     if (isOther)
@@ -169,18 +170,47 @@ void PopoverView::orderTabs()
 
 void PopoverView::setHint()
 {
-    m_hintBox->setVisible(!m_content.hint.empty());
+    m_hintBox->setVisible(!m_history && !m_content.hint.empty());
     m_hint->setPlainText(m_content.hint);
     m_hint->setColour(m_theme.text);
     m_hintLink->setText(QString::fromStdString(m_content.hintLink));
     m_hintLink->setColour(m_theme.link);
 }
 
+void PopoverView::setHistory(std::shared_ptr<const HistoryContent> history)
+{
+    const bool isOther = (history == nullptr) != (m_history == nullptr);
+    m_history = std::move(history);
+    applyHistory();
+    if (isOther)
+        apply(m_content);
+    else
+        resizeToContent();
+    if (isOther)
+        m_scroll->verticalScrollBar()->setValue(0);
+}
+
+void PopoverView::applyHistory()
+{
+    if (m_history && m_historyView == nullptr) {
+        m_historyView = new HistoryDetailView(
+            m_metrics, {m_actions.back, m_actions.copy, m_actions.exportAs}, m_list);
+        m_listColumn->addWidget(m_historyView);
+    }
+    if (m_history)
+        m_historyView->setContent(*m_history, m_theme);
+    if (m_historyView != nullptr)
+        m_historyView->setVisible(m_history != nullptr);
+    for (AccountSection* section : m_sections)
+        section->setVisible(!m_history);
+    m_footer->setVisible(!m_history);
+}
+
 void PopoverView::resizeToContent()
 {
     const int banner =
-        m_content.notice.empty() ? 0 : heightAt(m_metrics.width, *m_banner->layout());
-    const int footer = m_footer->sizeHint().height();
+        m_history || m_content.notice.empty() ? 0 : heightAt(m_metrics.width, *m_banner->layout());
+    const int footer = m_history ? 0 : m_footer->sizeHint().height();
     const int list = heightAt(m_metrics.width, *m_listColumn);
     const int edges = 2;
     const int whole = banner + list + footer + edges;
@@ -205,6 +235,7 @@ void PopoverView::adoptTheme()
         return;
     m_theme = theme;
     apply(m_content);
+    applyHistory();
     update();
 }
 
@@ -248,6 +279,8 @@ void PopoverView::paintEvent(QPaintEvent*)
     painter.fillRect(rect(), m_theme.background);
     painter.setPen(m_theme.edge);
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    if (m_history)
+        return;
     painter.setPen(m_theme.hairline);
     painter.drawLine(m_metrics.margin, m_footer->y(), width() - m_metrics.margin, m_footer->y());
 }

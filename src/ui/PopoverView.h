@@ -2,11 +2,13 @@
 
 #include "ui/PopoverMetrics.h"
 #include "ui/Theme.h"
+#include "ui/model/HistoryContent.h"
 #include "ui/model/PopoverContent.h"
 
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class QScrollArea;
@@ -15,6 +17,7 @@ class QVBoxLayout;
 namespace vellumor {
 
 class AccountSection;
+class HistoryDetailView;
 class LinkButton;
 class PlainText;
 class SymbolButton;
@@ -31,6 +34,9 @@ public:
         std::function<void()> dismissNotice;
         std::function<void()> signInGuide;
         std::function<void(const std::string& configDir)> history;
+        std::function<void()> back; // from a history
+        std::function<void(const std::string& text)> copy;
+        std::function<void(const std::string& extension)> exportAs;
         std::function<void()> close;       // Escape
         std::function<void()> deactivated; // another window has the focus now
     };
@@ -41,6 +47,8 @@ public:
     // Touches what has changed alone. Resizes itself to the content, up to `mostHeight`; beyond it
     // the list scrolls.
     void setContent(const PopoverContent& content, int mostHeight);
+    // One account's history in the place of everything else; without one, the list again.
+    void setHistory(std::shared_ptr<const HistoryContent> history);
 
 protected:
     bool event(QEvent* event) override;
@@ -57,6 +65,7 @@ private:
     void apply(const PopoverContent& content);
     void setHint();
     void resizeToContent();
+    void applyHistory();
     void adoptTheme();
 
     Actions m_actions;
@@ -75,6 +84,8 @@ private:
     QWidget* m_hintBox = nullptr;
     PlainText* m_hint = nullptr;
     LinkButton* m_hintLink = nullptr;
+    std::shared_ptr<const HistoryContent> m_history; // while it is shown
+    HistoryDetailView* m_historyView = nullptr;      // once it was shown
     QWidget* m_footer = nullptr;
     PlainText* m_footerText = nullptr;
     SymbolButton* m_refresh = nullptr;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int symbolPoints = 16;
 constexpr int targetPoints = 24;
+constexpr int padding = 6; // behind a text
 constexpr double cornerRadius = 5.0;
 constexpr double hoverAlpha = 0.10;
 constexpr double pressedAlpha = 0.18;
@@ -30,6 +31,7 @@ void SymbolButton::setHelp(const std::string& help)
 {
     const QString text = oneLine(help);
     setAccessibleName(text);
+    setFixedSize(sizeHint());
     setToolTip(QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()));
 }
 
@@ -44,7 +46,15 @@ void SymbolButton::setColour(const QColor& colour)
 
 QSize SymbolButton::sizeHint() const
 {
-    return {targetPoints, targetPoints};
+    const int words = text().isEmpty() ? 0 : fontMetrics().horizontalAdvance(text()) + padding;
+    return {targetPoints + words, targetPoints};
+}
+
+void SymbolButton::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange)
+        setFixedSize(sizeHint());
+    FlatButton::changeEvent(event);
 }
 
 bool SymbolButton::event(QEvent* event)
@@ -75,6 +85,9 @@ void SymbolButton::paintEvent(QPaintEvent*)
     }
     const int margin = (targetPoints - symbolPoints) / 2;
     painter.drawPixmap(margin, margin, m_drawn);
+    painter.setPen(m_colour);
+    painter.drawText(rect().adjusted(targetPoints, 0, 0, 0),
+                     static_cast<int>(Qt::AlignVCenter) | static_cast<int>(Qt::AlignLeft), text());
 }
 
 } // namespace vellumor

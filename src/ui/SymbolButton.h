@@ -5,7 +5,8 @@
 
 namespace vellumor {
 
-// A flat symbol of 16 points in a target of 24, with a tooltip that is its accessible name too.
+// A flat symbol of 16 points in a target of 24, with a tooltip that is its accessible name too; and
+// with its text beside it, if it has one.
 class SymbolButton final : public FlatButton {
     Q_OBJECT
 
@@ -19,6 +20,7 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

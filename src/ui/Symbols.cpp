@@ -25,6 +25,8 @@ QString themeName(Symbol symbol)
         return QStringLiteral("preferences-desktop-display-symbolic");
     case Symbol::about:
         return QStringLiteral("help-about-symbolic");
+    case Symbol::back:
+        return QStringLiteral("go-previous-symbolic");
     }
     return {};
 }

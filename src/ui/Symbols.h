@@ -7,7 +7,7 @@
 // own drawings where it has none.
 namespace vellumor::Symbols {
 
-enum class Symbol { history, refresh, settings, dismiss, warning, menuBar, about };
+enum class Symbol { history, refresh, settings, dismiss, warning, menuBar, about, back };
 
 // In one colour, `points` wide and high. Never empty.
 [[nodiscard]] QPixmap pixmap(Symbol symbol, int points, const QColor& colour, double scale);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Serial.h"
+#include "history/ReceiptStore.h"
 #include "history/ResetAnchorStore.h"
 #include "history/UsageHistoryStore.h"
 #include "store/Folders.h"
@@ -19,6 +20,7 @@ struct UsageStores {
         , snapshots(worker, files, folders.vellumor() + "/usage-snapshots.json")
         , history(worker, files, folders.vellumor() + "/history")
         , anchors(worker, files, folders.vellumor() + "/reset-anchors.json")
+        , receipts(worker, files, folders.vellumor() + "/receipts")
         , rateLimitLog(worker, files, folders.vellumor() + "/429-log.jsonl")
     {
     }
@@ -27,6 +29,7 @@ struct UsageStores {
     Serial<UsageSnapshotStore> snapshots;
     Serial<UsageHistoryStore> history;
     Serial<ResetAnchorStore> anchors;
+    Serial<ReceiptStore> receipts;
     Serial<RateLimitLog> rateLimitLog;
 };
 

@@ -5,6 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <vector>
+
 namespace vellumor {
 namespace {
 
@@ -63,6 +69,84 @@ TEST(LocalTime, daysAreCountedOnTheCalendar)
         EXPECT_FALSE(LocalTime::isDaysAfter(instant(moment), days - 1, instant(base)));
         EXPECT_EQ(LocalTime::isSameDay(instant(moment), instant(base)), days == 0);
     }
+}
+
+TEST(LocalTime, aDayBeginsAtItsFirstMoment)
+{
+    const struct {
+        const char* zone;
+        const char* moment;
+        int days;
+        const char* start;
+    } rows[] = {
+        {"UTC", "2026-03-29T00:00:00Z", 0, "2026-03-29T00:00:00Z"},
+        {"UTC", "2026-03-29T23:59:59.999Z", 0, "2026-03-29T00:00:00Z"},
+        {"UTC", "2026-03-29T12:00:00Z", 1, "2026-03-30T00:00:00Z"},
+        {"UTC", "2026-03-29T12:00:00Z", -1, "2026-03-28T00:00:00Z"},
+        {"UTC", "2026-02-28T12:00:00Z", 1, "2026-03-01T00:00:00Z"},
+        {"UTC", "2028-02-28T12:00:00Z", 1, "2028-02-29T00:00:00Z"},
+        {"UTC", "2026-12-31T12:00:00Z", 365, "2027-12-31T00:00:00Z"},
+        {"UTC", "1969-12-31T23:59:59Z", 0, "1969-12-31T00:00:00Z"},
+        {"UTC", "1970-01-01T00:00:00Z", 0, "1970-01-01T00:00:00Z"},
+        {"Etc/GMT-1", "1970-01-01T12:00:00Z", 0, "1969-12-31T23:00:00Z"},
+        {"Asia/Kolkata", "2026-03-29T18:29:59Z", 0, "2026-03-28T18:30:00Z"},
+        {"Asia/Kolkata", "2026-03-29T18:30:00Z", 0, "2026-03-29T18:30:00Z"},
+        {"Asia/Kolkata", "2026-03-29T18:30:00Z", 2, "2026-03-31T18:30:00Z"},
+        // Of 23 and of 25 hours.
+        {"Europe/Berlin", "2026-03-28T12:00:00Z", 1, "2026-03-28T23:00:00Z"},
+        {"Europe/Berlin", "2026-03-28T12:00:00Z", 2, "2026-03-29T22:00:00Z"},
+        {"Europe/Berlin", "2026-03-29T21:59:59Z", 0, "2026-03-28T23:00:00Z"},
+        {"Europe/Berlin", "2026-03-29T21:59:59Z", 1, "2026-03-29T22:00:00Z"},
+        {"Europe/Berlin", "2026-10-25T22:59:59Z", 0, "2026-10-24T22:00:00Z"},
+        {"Europe/Berlin", "2026-10-25T22:59:59Z", 1, "2026-10-25T23:00:00Z"},
+        // Half an hour less.
+        {"Australia/Lord_Howe", "2026-04-04T13:00:00Z", 0, "2026-04-04T13:00:00Z"},
+        {"Australia/Lord_Howe", "2026-04-04T13:00:00Z", 1, "2026-04-05T13:30:00Z"},
+        // Where midnight is left out, and where it comes twice.
+        {"Africa/Cairo", "2026-04-24T12:00:00Z", 0, "2026-04-23T22:00:00Z"},
+        {"Africa/Cairo", "2026-04-23T12:00:00Z", 1, "2026-04-23T22:00:00Z"},
+        {"America/Havana", "2026-11-01T12:00:00Z", 0, "2026-11-01T04:00:00Z"},
+        {"America/Havana", "2026-10-31T12:00:00Z", 1, "2026-11-01T04:00:00Z"},
+        {"America/Havana", "2026-11-01T05:30:00Z", 0, "2026-11-01T04:00:00Z"},
+    };
+    for (const auto& [zone, moment, days, start] : rows) {
+        SCOPED_TRACE(std::string(zone) + " " + moment);
+        const ScopedZone scoped(zone);
+        EXPECT_EQ(LocalTime::startOfDay(instant(moment), days), instant(start));
+    }
+}
+
+// In any order, since the C library may remember what it was asked before.
+TEST(LocalTime, noMomentOfAYearLiesBeforeItsDayOrBehindIt)
+{
+    std::vector<int> hours(static_cast<std::size_t>(24 * 366));
+    std::iota(hours.begin(), hours.end(), 0);
+    std::shuffle(hours.begin(), hours.end(), std::mt19937_64(20260329));
+    for (const char* zone :
+         {"UTC", "Asia/Kolkata", "Europe/Berlin", "America/New_York", "Australia/Lord_Howe",
+          "Africa/Cairo", "Asia/Beirut", "America/Santiago", "America/Havana", "Atlantic/Azores"}) {
+        SCOPED_TRACE(zone);
+        const ScopedZone scoped(zone);
+        for (const int hour : hours) {
+            const Instant moment = instant("2026-01-01T00:17:00Z") + std::chrono::hours(hour);
+            const auto start = LocalTime::startOfDay(moment, 0);
+            const auto next = LocalTime::startOfDay(moment, 1);
+            ASSERT_TRUE(start && next);
+            ASSERT_TRUE(*start <= moment && moment < *next) << hour;
+            ASSERT_TRUE(LocalTime::isSameDay(*start, moment)) << hour;
+            ASSERT_FALSE(LocalTime::isSameDay(*start - std::chrono::seconds(1), moment)) << hour;
+            ASSERT_TRUE(LocalTime::isDaysAfter(*next, 1, moment)) << hour;
+        }
+    }
+}
+
+TEST(LocalTime, beyondTheCalendarNoDayBegins)
+{
+    const ScopedZone utc("UTC");
+    EXPECT_TRUE(LocalTime::startOfDay(instant("9999-12-31T12:00:00Z"), 1));
+    EXPECT_EQ(LocalTime::startOfDay(instant("2026-03-29T12:00:00Z"),
+                                    std::numeric_limits<int>::max() - 31),
+              std::nullopt);
 }
 
 TEST(LocalTime, weekdaysAndMonthsAreEnglish)

@@ -255,6 +255,29 @@ TEST_F(PopoverTest, theNoticeGoesWhenItIsDismissed)
     EXPECT_FALSE(says("New account discovered · ada"));
 }
 
+TEST_F(PopoverTest, anAccountsHistoryTakesThePlaceOfTheListUntilBackIsPressed)
+{
+    addAll({"ada", "bob"});
+    rescan();
+    applyTo("ada", read(UsageSource::endpoint));
+    settle();
+    open();
+    press("History for ada");
+    for (int second = 0; second < 2; ++second) {
+        EXPECT_TRUE(says("History"));
+        EXPECT_TRUE(says("ada"));
+        EXPECT_TRUE(says("Not enough history yet — collecting"));
+        EXPECT_TRUE(says("Watched ~0% of the last 7 days"));
+        EXPECT_FALSE(says("bob"));
+        EXPECT_FALSE(says("Updated just now"));
+        clock.advance(seconds(1));
+    }
+    press("Back");
+    EXPECT_FALSE(says("History"));
+    EXPECT_TRUE(says("bob"));
+    EXPECT_TRUE(says("Updated just now"));
+}
+
 TEST_F(PopoverTest, theControlsAndTheMenusShortcutsReachTheProgram)
 {
     open();

@@ -96,6 +96,9 @@ struct PopoverViewTest : testing::Test {
                       .dismissNotice = [this] { pressed.emplace_back("dismiss"); },
                       .signInGuide = [this] { pressed.emplace_back("guide"); },
                       .history = [this](const std::string& dir) { pressed.push_back(dir); },
+                      .back = [this] { pressed.emplace_back("back"); },
+                      .copy = [this](const std::string& text) { pressed.push_back(text); },
+                      .exportAs = [this](const std::string& kind) { pressed.push_back(kind); },
                       .close = [this] { pressed.emplace_back("close"); },
                       .deactivated = [this] { pressed.emplace_back("deactivated"); }}};
 
@@ -461,6 +464,24 @@ TEST_F(PopoverViewTest, whatIsNotToBeShownIsNot)
     view.setContent(contentOf({bare}), tall);
     EXPECT_NE(textWidget("No usage data"), nullptr);
     EXPECT_EQ(textWidget("…"), nullptr);
+}
+
+TEST_F(PopoverViewTest, aHistoryHidesEverythingElseUntilItGoes)
+{
+    PopoverContent content = contentOf({section("ada")});
+    show(content);
+    view.setHistory(std::make_shared<HistoryContent>());
+    content = contentOf({section("ada"), section("bob")}); // the time goes on
+    content.notice = "New account discovered · bob";
+    view.setContent(content, tall);
+    settle();
+    EXPECT_EQ(buttonNames(), (Texts{"Back", "Export CSV", "Export JSON"}));
+    for (const char* const text : {"ada", "bob", "Updated 2m ago", "New account discovered · bob"})
+        EXPECT_EQ(textWidget(text), nullptr) << text;
+    view.setHistory(nullptr);
+    settle();
+    EXPECT_EQ(buttonNames(),
+              (Texts{"Dismiss", "History for ada", "History for bob", "Refresh now", "Settings"}));
 }
 
 TEST_F(PopoverViewTest, itFollowsTheDesktopsColours)

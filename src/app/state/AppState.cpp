@@ -188,6 +188,7 @@ Task<> AppState::finishRound()
     m_notice.announce();
     co_await reloadHistory();
     co_await reloadAnchors();
+    co_await archiveDueReceipts(m_parts.clock.now());
     recomputeEffectiveInterval(m_parts.clock.now());
 }
 

@@ -108,6 +108,11 @@ public:
     {
         return m_historyByDir;
     }
+    // Of the weeks that have ended, by config directory; each by the end of its week.
+    [[nodiscard]] const std::map<std::string, WeeklyReceipts>& receiptsByDir() const
+    {
+        return m_receiptsByDir;
+    }
     [[nodiscard]] const ResetAnchors& resetAnchorsByDir() const { return m_resetAnchorsByDir; }
     [[nodiscard]] const std::map<std::string, int>& parseFailStreak() const
     {
@@ -138,6 +143,9 @@ private:
     [[nodiscard]] Task<> finishRound();
     [[nodiscard]] Task<> reloadHistory();
     [[nodiscard]] Task<> reloadAnchors();
+    [[nodiscard]] Task<> reloadReceipts();
+    [[nodiscard]] Task<> archiveDueReceipts(Instant now);
+    [[nodiscard]] WeeklyReceipts dueReceipts(const std::string& configDir, Instant now) const;
 
     Parts m_parts;
     ChangeNotice m_notice;
@@ -150,6 +158,7 @@ private:
     double m_userInterval;
     std::map<std::string, History> m_historyByDir;
     ResetAnchors m_resetAnchorsByDir;
+    std::map<std::string, WeeklyReceipts> m_receiptsByDir;
     std::vector<DiscoveredFacts> m_lastFacts;            // of the last scan that went well
     std::map<std::string, Instant> m_staggerLastAttempt; // by account id
     std::map<std::string, int> m_parseFailStreak;        // by account id

@@ -61,6 +61,7 @@ Task<> AppState::rescan()
         co_await prune(looked);
     co_await reloadHistory();
     co_await reloadAnchors();
+    co_await reloadReceipts();
 }
 
 void AppState::noteNewAccounts()
@@ -108,6 +109,7 @@ Task<> AppState::prune(std::vector<std::string> looked)
     co_await m_parts.stores.snapshots(pruneStore);
     co_await m_parts.stores.history(pruneStore);
     co_await m_parts.stores.anchors(pruneStore);
+    co_await m_parts.stores.receipts(pruneStore);
 }
 
 Task<> AppState::seedFromSnapshots()
