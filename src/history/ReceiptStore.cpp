@@ -3,6 +3,7 @@
 #include "base/Format.h"
 #include "base/Json.h"
 #include "base/StrictReader.h"
+#include "base/VersionedFile.h"
 #include "store/AccountFiles.h"
 #include "store/FileReader.h"
 
@@ -105,11 +106,8 @@ WeeklyReceipts ReceiptStore::decode(std::string_view bytes)
     const auto json = parseJsonObject(bytes);
     if (!json)
         return {};
-    StrictReader reader(*json);
-    int version = 0;
-    reader.required("schemaVersion", version);
-    const Json* entries = reader.find("receipts");
-    if (!reader.good() || version > schemaVersion || entries == nullptr || !entries->is_array())
+    const Json* entries = entriesOf(*json, "receipts", schemaVersion);
+    if (entries == nullptr || !entries->is_array())
         return {};
     WeeklyReceipts receipts;
     for (const Json& entry : *entries) {

@@ -3,6 +3,7 @@
 #include "base/Format.h"
 #include "base/Json.h"
 #include "base/StrictReader.h"
+#include "base/VersionedFile.h"
 #include "history/Projection.h"
 #include "store/FileReader.h"
 
@@ -138,12 +139,8 @@ ResetAnchors ResetAnchorStore::decode(std::string_view bytes)
     const auto json = parseJsonObject(bytes);
     if (!json)
         return {};
-    StrictReader reader(*json);
-    int version = 0;
-    reader.required("schemaVersion", version);
-    const Json* byDirectory = reader.find("anchors");
-    if (!reader.good() || version > schemaVersion || byDirectory == nullptr ||
-        !byDirectory->is_object())
+    const Json* byDirectory = entriesOf(*json, "anchors", schemaVersion);
+    if (byDirectory == nullptr || !byDirectory->is_object())
         return {};
     ResetAnchors all;
     for (const auto& [configDir, value] : byDirectory->items()) {

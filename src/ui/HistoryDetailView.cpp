@@ -117,11 +117,6 @@ void HistoryDetailView::makeExports()
     m_column->addStretch(1);
 }
 
-std::vector<QWidget*> HistoryDetailView::controls() const
-{
-    return {m_back, m_copy, m_csv, m_json};
-}
-
 void HistoryDetailView::setContent(const HistoryContent& content, const Theme& theme)
 {
     if (content == m_content && theme == m_theme)

@@ -35,8 +35,6 @@ public:
     HistoryDetailView(const PopoverMetrics& metrics, Actions actions, QWidget* parent);
 
     void setContent(const HistoryContent& content, const Theme& theme);
-    // From the first to the last, as the Tab key goes.
-    [[nodiscard]] std::vector<QWidget*> controls() const;
 
 private:
     struct Chart {

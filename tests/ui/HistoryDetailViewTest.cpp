@@ -228,7 +228,6 @@ TEST_F(HistoryDetailViewTest, theTabKeyGoesFromTopToBottom)
     show(fullContent());
     const auto shownNow = shown<QAbstractButton>();
     const std::vector<QWidget*> buttons(shownNow.begin(), shownNow.end());
-    EXPECT_EQ(view->controls(), buttons);
     std::vector<QWidget*> chain;
     for (QWidget* next = view->nextInFocusChain(); next != view; next = next->nextInFocusChain()) {
         if (next->isVisible() && (next->focusPolicy() & Qt::TabFocus) != 0)

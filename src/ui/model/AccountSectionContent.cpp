@@ -43,7 +43,7 @@ UsageRowContent row(const LimitWindow& window, const AccountSectionInput& input,
 
 std::string forecastLine(const AccountSectionInput& input, Instant now, const ShortTime& shortTime)
 {
-    static const UsageSamples none;
+    const UsageSamples none;
     const auto projection = Projection::evaluate(
         input.state->usage->windows, input.history != nullptr ? *input.history : none, now);
     if (!projection)

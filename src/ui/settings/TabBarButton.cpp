@@ -53,8 +53,12 @@ void TabBarButton::paintEvent(QPaintEvent*)
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius - 1, radius - 1);
     }
-    painter.drawPixmap((width() - symbolPoints) / 2, padding,
-                       Symbols::pixmap(symbol(m_tab), symbolPoints, colour, devicePixelRatioF()));
+    if (m_drawn.isNull() || colour != m_drawnColour ||
+        m_drawn.devicePixelRatio() != devicePixelRatioF()) {
+        m_drawn = Symbols::pixmap(symbol(m_tab), symbolPoints, colour, devicePixelRatioF());
+        m_drawnColour = colour;
+    }
+    painter.drawPixmap((width() - symbolPoints) / 2, padding, m_drawn);
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(QRect(0, padding + symbolPoints, width(), height() - padding - symbolPoints),
                      Qt::AlignCenter, text());

@@ -19,6 +19,8 @@ protected:
 
 private:
     SettingsTab m_tab;
+    QColor m_drawnColour;
+    QPixmap m_drawn; // in that colour; null until needed
 };
 
 } // namespace vellumor

@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/StrictReader.h"
+#include "base/VersionedFile.h"
 #include "store/FileReader.h"
 
 #include <filesystem>
@@ -20,11 +21,8 @@ UsageSnapshotStore::File UsageSnapshotStore::File::decode(std::string_view bytes
     const auto json = parseJsonObject(bytes);
     if (!json)
         return {};
-    StrictReader reader(*json);
-    int version = 0;
-    reader.required("schemaVersion", version);
-    const Json* entries = reader.find("snapshots");
-    if (!reader.good() || version > schemaVersion || entries == nullptr || !entries->is_object())
+    const Json* entries = entriesOf(*json, "snapshots", schemaVersion);
+    if (entries == nullptr || !entries->is_object())
         return {};
     File file;
     for (const auto& [configDir, value] : entries->items()) {
