@@ -46,5 +46,6 @@ void writeBare(const std::string& folder, const std::string& bytes);
 [[nodiscard]] std::vector<Comparison> popoverTick();
 [[nodiscard]] std::vector<Comparison> notifications();
 [[nodiscard]] std::vector<Comparison> charts();
+[[nodiscard]] std::vector<Comparison> scrubber();
 
 } // namespace vellumor::bench

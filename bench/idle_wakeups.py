@@ -43,6 +43,16 @@ class Endpoint(http.server.BaseHTTPRequestHandler):
 
 
 @contextlib.contextmanager
+def endpoint():
+    """Gives its address."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Endpoint)
+    server.daemon_threads = True
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    yield f"http://127.0.0.1:{server.server_port}"
+    server.shutdown()
+
+
+@contextlib.contextmanager
 def running(folder, name, command, environment):
     """A program that ends with the block; setpriv sees to it that it also ends with this process."""
     with open(folder / f"{name}.log", "ab") as log:
@@ -130,14 +140,11 @@ def main():
     parser.add_argument("--after", type=float, default=125, help="how long after its last request that begins, at "
                         "least (125: Qt keeps the connection for two minutes, and wakes up to forget it)")
     options = parser.parse_args()
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Endpoint)
-    server.daemon_threads = True
-    threading.Thread(target=server.serve_forever, daemon=True).start()
     with tempfile.TemporaryDirectory(prefix="vellumor-idle-") as name, contextlib.ExitStack() as stack:
         folder = pathlib.Path(name)
         environment = {"HOME": str(make_home(folder)), "XDG_RUNTIME_DIR": str(folder / "run"), "LC_ALL": "C.UTF-8",
                        "PATH": "/usr/bin:/bin", "QT_QPA_PLATFORM": "offscreen", "DBUS_SESSION_BUS_ADDRESS": "disabled:",
-                       "VELLUMOR_API_BASE": f"http://127.0.0.1:{server.server_port}"}
+                       "VELLUMOR_API_BASE": stack.enter_context(endpoint())}
         environment["DBUS_SYSTEM_BUS_ADDRESS"] = stack.enter_context(system_bus(folder, environment))
         program = stack.enter_context(running(folder, "program", [options.program], environment))
         wait_until(Endpoint.answered.is_set, "a request")

@@ -104,5 +104,5 @@ printf '\nTaking pictures of the program on a desktop of its own, for less than 
 pictures=$2
 rm -rf "$pictures"
 "${clean[@]}" HOME="$world/home" /usr/bin/python3 -B "$(dirname "$0")/desktop" "$build" "$pictures"
-printf '%s pictures of the panel and the popover are in %s; all of them together in %s.\n' \
-    "$(find "$pictures" -name 'p*.png' | wc -l)" "$pictures" "$pictures/all.png"
+printf '%s pictures of the panel, the popover and the histories are in %s; all of them together in %s.\n' \
+    "$(find "$pictures" -name '*-*x*.png' | wc -l)" "$pictures" "$pictures/all.png"

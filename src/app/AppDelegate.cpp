@@ -3,10 +3,8 @@
 #include "app/state/AccountList.h"
 #include "async/OrEnd.h"
 #include "ui/QuorleURL.h"
+#include "ui/onboarding/OnboardingView.h"
 #include "ui/settings/SettingsWindow.h"
-
-#include <QDesktopServices>
-#include <QUrl>
 
 namespace vellumor {
 
@@ -21,25 +19,21 @@ bool isRefreshDue(const std::optional<Instant>& lastUpdated, Instant now)
     return !lastUpdated || !(secondsBetween(*lastUpdated, now) < freshEnough);
 }
 
-void openPage(const char* address)
-{
-    QDesktopServices::openUrl(QUrl(QString::fromUtf8(address)));
-}
-
 } // namespace
 
 AppDelegate::AppDelegate(Parts parts)
     : m_parts(std::move(parts))
-    , m_popover(m_parts.appState, m_parts.clock,
-                {.settings =
-                     [this] {
-                         m_popover.performClose();
-                         showSettings(std::nullopt);
-                     },
-                 .refresh = [this] { keepTask(m_parts.appState.refresh(true)); },
-                 .signInGuide = [] { openPage(QuorleURL::signInGuide); },
-                 .closed = [this] { giveMemoryBackSoon(afterClosing); },
-                 .menu = {&m_quit}})
+    , m_popover(
+          m_parts.appState, m_parts.clock,
+          {.settings =
+               [this] {
+                   m_popover.performClose();
+                   showSettings(std::nullopt);
+               },
+           .refresh = [this] { keepTask(m_parts.appState.refresh(true)); },
+           .signInGuide = [this] { m_parts.settingsActions.openPage(QuorleURL::signInGuide); },
+           .closed = [this] { giveMemoryBackSoon(afterClosing); },
+           .menu = {&m_quit}})
 {
 }
 
@@ -50,6 +44,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_parts.notifications.onOpen(
         [this](const std::string& activationToken) { activate(activationToken); });
     installMainMenu();
+    keepTask(m_parts.sweepCrashes());
     m_parts.heal();
     m_parts.statusItem.show(
         {[this](const std::optional<QRect>& anchor, const std::string& activationToken) {
@@ -68,7 +63,9 @@ Task<> AppDelegate::begin()
     m_parts.appState.recomputeEffectiveInterval(m_parts.clock.now());
     updateLabel();
     m_parts.startPolling();
+    co_await m_parts.emitSpineIfDue(m_parts.clock.now());
     co_await m_parts.markPresence(m_parts.clock.now());
+    showOnboardingIfNeeded();
     giveMemoryBackSoon(afterStart);
 }
 
@@ -137,8 +134,10 @@ void AppDelegate::scheduleStaleness(const std::vector<Account>& pinned, Instant 
 
 void AppDelegate::activate(const std::string& activationToken)
 {
-    if (!m_popover.isShown())
+    if (!m_popover.isShown()) {
         refreshIfDue();
+        m_parts.notePopoverOpened();
+    }
     m_popover.show(m_lastAnchor, activationToken);
 }
 
@@ -152,6 +151,7 @@ void AppDelegate::togglePopover(const std::optional<QRect>& anchor,
     if (m_popover.wasJustClosed())
         return;
     refreshIfDue();
+    m_parts.notePopoverOpened();
     m_lastAnchor = anchor;
     m_popover.show(anchor, activationToken);
 }
@@ -162,10 +162,31 @@ void AppDelegate::refreshIfDue()
         keepTask(m_parts.appState.refresh(false));
 }
 
+// Closed by its button, the window is made anew at the next start.
+void AppDelegate::showOnboardingIfNeeded()
+{
+    if (m_onboarding || !m_parts.isOnboardingDue())
+        return;
+    m_onboarding = std::make_unique<OnboardingView>(m_parts.appState, m_parts.privacy,
+                                                    [this] { finishOnboarding(); });
+    m_onboarding->addAction(&m_quit);
+    m_onboarding->bringToFront();
+}
+
+void AppDelegate::finishOnboarding()
+{
+    m_parts.completeOnboarding();
+    m_parts.privacy.noteOnboardingCompleted();
+    m_onboarding->close();
+    m_onboarding.release()->deleteLater(); // one of its buttons is being pressed
+}
+
 void AppDelegate::showSettings(std::optional<SettingsTab> initialTab)
 {
     if (!m_settings) {
-        m_settings = std::make_unique<SettingsWindow>(m_parts.appState);
+        m_settings = std::make_unique<SettingsWindow>(
+            SettingsWindow::Parts{m_parts.appState, m_parts.notifications, m_parts.privacy,
+                                  m_parts.general, m_parts.about, m_parts.settingsActions});
         m_settings->addAction(&m_quit);
     }
     if (initialTab)

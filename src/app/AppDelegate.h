@@ -5,6 +5,10 @@
 #include "platform/StatusItem.h"
 #include "ui/LabelPainter.h"
 #include "ui/Popover.h"
+#include "ui/model/settings/AboutModel.h"
+#include "ui/model/settings/GeneralModel.h"
+#include "ui/model/settings/PrivacyModel.h"
+#include "ui/settings/SettingsActions.h"
 #include "ui/settings/SettingsTab.h"
 
 #include <QAction>
@@ -14,6 +18,7 @@
 
 namespace vellumor {
 
+class OnboardingView;
 class SettingsWindow;
 
 // Owns everything that people see, and fixes the order of what happens at the start. Main thread
@@ -32,6 +37,15 @@ public:
         std::function<Task<>(Instant now)> markPresence;
         std::function<void()> terminate;
         std::function<void()> giveMemoryBack; // what is free, after much was used for a moment
+        PrivacyModel& privacy;
+        GeneralModel& general;
+        AboutModel& about;
+        SettingsActions settingsActions;
+        std::function<Task<>()> sweepCrashes;
+        std::function<Task<>(Instant now)> emitSpineIfDue;
+        std::function<void()> notePopoverOpened;
+        std::function<bool()> isOnboardingDue;
+        std::function<void()> completeOnboarding;
     };
 
     // What is borrowed outlives it. Shows nothing yet.
@@ -63,14 +77,17 @@ private:
     void keepTask(Task<> task);
     void refreshIfDue();
     void giveMemoryBackSoon(std::chrono::seconds delay);
+    void showOnboardingIfNeeded();
+    void finishOnboarding();
     void scheduleStaleness(const std::vector<Account>& pinned, Instant now);
 
     Parts m_parts;
     LabelPainter m_painter;
     QAction m_quit;
     Popover m_popover;
-    std::unique_ptr<SettingsWindow> m_settings; // kept once it was made
-    std::optional<Shown> m_shown;               // what the label was last drawn from
+    std::unique_ptr<SettingsWindow> m_settings;   // kept once it was made
+    std::unique_ptr<OnboardingView> m_onboarding; // until it was finished
+    std::optional<Shown> m_shown;                 // what the label was last drawn from
     StatusLabel m_label;
     std::unique_ptr<Alarm> m_nextStaleness;
     std::unique_ptr<Alarm> m_nextGivingBack;

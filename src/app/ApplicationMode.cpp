@@ -3,15 +3,21 @@
 #include "app/AppDelegate.h"
 #include "app/DisplayProbe.h"
 #include "app/Program.h"
+#include "app/SettingsModels.h"
 #include "app/Startup.h"
+#include "app/StatusPublisher.h"
 #include "base/Log.h"
 #include "platform/linux/ColourScheme.h"
+#include "platform/linux/LinuxDesktopActions.h"
 #include "platform/linux/SingleCopy.h"
+#include "platform/linux/status/LinuxStatusService.h"
 #include "platform/linux/tray/LinuxStatusItem.h"
 #include "store/FileStore.h"
 #include "store/Folders.h"
 #include "ui/Accessibility.h"
 #include "ui/DesktopPalette.h"
+#include "ui/IndicatorStyle.h"
+#include "ui/ShortTime.h"
 
 #include <QApplication>
 #include <QSessionManager>
@@ -27,22 +33,38 @@ namespace {
 
 // Everything that needs a screen, in the order in which it leans on one another.
 struct Screens {
-    Screens(Program& program, QApplication& application)
-        : statusItem(program.clock(), trayWorker)
+    Screens(Program& program, QApplication& application, const Environment& environment)
+        : desktop(program.clock(), trayWorker, environment)
+        , models(program, desktop)
+        , statusItem(program.clock(), trayWorker)
         , delegate({program.appState(), program.clock(), statusItem, program.notifications(),
                     [&program] { program.healInBackground(); },
                     [&program] { program.startPolling(); },
                     [&program](Instant now) { return program.markPresence(now); },
-                    [&application] { application.quit(); }, [] { ::malloc_trim(0); }})
+                    [&application] { application.quit(); }, [] { ::malloc_trim(0); },
+                    models.privacy, models.general, models.about, settingsActions(desktop),
+                    [&program] { return program.reports().sweepCrashes(); },
+                    [&program](Instant now) { return program.reports().emitSpineIfDue(now); },
+                    [&program] { program.reports().recorder().notePopoverOpened(); },
+                    [&program] { return program.isOnboardingDue(); },
+                    [&program] { program.completeOnboarding(); }})
+        , status({program.appState(), program.clock(), statusService,
+                  [](Instant moment) { return shortTimeText(moment); },
+                  [this] { delegate.activate({}); }})
     {
+        status.start();
         scheme.start([this] { palette.adopt(scheme.prefersDark()); });
     }
 
     Worker trayWorker; // of its own: whatever else hangs, the label stands in the panel
     DesktopPalette palette;
+    LinuxDesktopActions desktop;
+    SettingsModels models;
     ColourScheme scheme;
     LinuxStatusItem statusItem;
     AppDelegate delegate;
+    LinuxStatusService statusService;
+    StatusPublisher status;
 };
 
 void setUpApplication(QApplication& application)
@@ -56,6 +78,7 @@ void setUpApplication(QApplication& application)
         Qt::DirectConnection);
     // The file panel would keep its last folders in a file of its own.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
+    QApplication::setStyle(new IndicatorStyle); // which it owns from then on
     Accessibility::install();
 }
 
@@ -63,8 +86,8 @@ int run(QApplication& application, const Environment& environment, Folders folde
         AppDelegate*& delegate)
 {
     setUpApplication(application);
-    Program program(environment, std::move(folders));
-    Screens screens(program, application);
+    Program program(environment, std::move(folders), [&application] { application.quit(); });
+    Screens screens(program, application, environment);
     delegate = &screens.delegate;
     QMetaObject::invokeMethod(
         &application,

@@ -1,9 +1,11 @@
 #include "app/Program.h"
 
 #include "accounts/AccountDiscovery.h"
+#include "accounts/ConfigDir.h"
 #include "app/BuildSettings.h"
 #include "base/SecureRandom.h"
 #include "base/Version.h"
+#include "diagnostics/crash/CrashReportScanner.h"
 #include "platform/linux/LoginShell.h"
 #include "platform/linux/SessionBus.h"
 #include "store/DiskPath.h"
@@ -21,6 +23,8 @@ namespace vellumor {
 
 namespace {
 
+constexpr const char* siblingName = "ostrelline";
+
 // Uniform in -0.1 to 0.1.
 double jitter()
 {
@@ -36,12 +40,20 @@ std::string systemBusAddress(const Environment& environment)
 
 } // namespace
 
-Program::Program(const Environment& environment, Folders folders)
-    : m_folders(std::move(folders))
+Program::Program(const Environment& environment, Folders folders, std::function<void()> terminate)
+    : m_environment(environment)
+    , m_folders(std::move(folders))
     , m_keyring(SessionBus::address(environment))
     , m_client(m_transport, m_accountWorker, m_clock, m_readCredentials,
                ApiBase::usageEndpoint(environment, BuildSettings::apiBase))
     , m_paths(m_accountWorker, systemBusAddress(environment))
+    , m_reports(environment, m_folders,
+                {m_clock, m_files, m_storeWorker, m_write, m_transport, m_processes,
+                 [this] { return m_network.isOnline(); }, [this] { return spineContext(); },
+                 ownProgram(environment)})
+    , m_upkeep(environment, m_folders,
+               {m_clock, m_files, m_fileCalls, m_storeWorker, m_write, [this] { stopPolling(); },
+                std::move(terminate)})
     , m_finder(m_processes, m_accountWorker, m_claudePath,
                {environment, m_folders.home, LoginShell::path(environment),
                 m_folders.vellumor() + "/revive"})
@@ -60,7 +72,8 @@ Program::Program(const Environment& environment, Folders folders)
            m_pipeline, m_stores, m_heartbeat,
            [this](DiscoveryInputs inputs) { return discover(std::move(inputs)); },
            [this](std::vector<std::string> dirs) { return existingFolders(std::move(dirs)); },
-           m_notifications})
+           m_notifications, [this](std::string typed) { return examineFolder(std::move(typed)); },
+           m_reports.recorder()})
     , m_sleep(m_accountWorker, systemBusAddress(environment), m_clock)
 {
     m_files.ensureDirectory(m_folders.vellumor() + "/revive");
@@ -85,15 +98,67 @@ void Program::setUpReviver()
 void Program::startPolling()
 {
     m_poller.emplace(Poller::Parts{m_appState, m_clock, [this] { return m_network.isOnline(); },
-                                   jitter, [this](Instant now) { return markPresence(now); }});
+                                   jitter, [this](Instant now) { return afterTick(now); }});
     m_sleep.start([this] { m_poller->willSleep(); },
                   [this] {
+                      if (m_isStopped)
+                          return;
                       m_appState.recomputeEffectiveInterval(
                           m_clock.now()); // what has grown old in the sleep
                       m_poller->didWake();
+                      m_upkeep.updates().noteWake();
                   });
-    m_network.onChange = [this](bool isOnline) { m_poller->observeNetwork(isOnline); };
+    m_network.onChange = [this](bool isOnline) {
+        if (!m_isStopped)
+            m_poller->observeNetwork(isOnline);
+    };
     m_poller->startLoop(true);
+    m_upkeep.updates().start();
+}
+
+void Program::stopPolling()
+{
+    m_isStopped = true;
+    if (m_poller)
+        m_poller->stopLoop();
+}
+
+Task<> Program::afterTick(Instant now)
+{
+    co_await m_reports.emitSpineIfDue(now);
+    co_await markPresence(now);
+}
+
+Task<TelemetrySpine::Context> Program::spineContext()
+{
+    auto look = [folder = m_folders.quorle()] {
+        return PresenceMarker::siblingInstalled(siblingName, folder);
+    };
+    const bool isSiblingInstalled = co_await m_storeWorker.run(std::move(look));
+    const bool isLaunchedAtLogin = co_await m_upkeep.isLaunchedAtLogin();
+    TelemetrySpine::Context context{.siblingInstalled = isSiblingInstalled,
+                                    .accountCount = m_appState.accounts().size(),
+                                    .notificationsEnabled =
+                                        m_preferences.current().notificationsEnabled,
+                                    .launchAtLogin = isLaunchedAtLogin,
+                                    .offlineMode = m_preferences.current().localCacheOnly};
+    co_return context;
+}
+
+Task<AboutModel::Facts> Program::aboutFacts()
+{
+    auto look = [folders = m_folders, now = m_clock.now()] {
+        return AboutModel::Facts{CrashReportScanner::recentDigests(CrashReportScanner::recentDays,
+                                                                   now, folders.crashReports()),
+                                 PresenceMarker::siblingInstalled(siblingName, folders.quorle()),
+                                 SupportReport::Environment::current()};
+    };
+    co_return co_await m_storeWorker.run(std::move(look));
+}
+
+void Program::completeOnboarding()
+{
+    m_onboarding.setCurrent({.completedVersion = OnboardingState::currentVersion});
 }
 
 // On a thread that goes away afterwards: the first scan does not wait for it.
@@ -129,6 +194,14 @@ Task<std::set<std::string>> Program::existingFolders(std::vector<std::string> fo
                 existing.insert(folder);
         }
         return existing;
+    };
+    co_return co_await m_accountWorker.run(std::move(look));
+}
+
+Task<FolderState> Program::examineFolder(std::string typed)
+{
+    auto look = [path = ConfigDir::canonical(typed, m_folders.home)] {
+        return DiskPath::folderState(path);
     };
     co_return co_await m_accountWorker.run(std::move(look));
 }

@@ -109,6 +109,11 @@ bool isUnprintable(utf8proc_int32_t c)
            category == UTF8PROC_CATEGORY_ZP;
 }
 
+std::size_t columnsOf(utf8proc_int32_t c)
+{
+    return c < 0 ? 1U : static_cast<std::size_t>(utf8proc_charwidth(c));
+}
+
 bool isAscii(std::string_view text)
 {
     std::uint64_t bits = 0; // of all characters, eight at a time
@@ -206,6 +211,27 @@ std::size_t length(std::string_view text)
     std::size_t count = 0;
     forEach(text, [&](utf8proc_int32_t, std::string_view) { ++count; });
     return count;
+}
+
+std::size_t columns(std::string_view text)
+{
+    std::size_t count = 0;
+    forEach(text, [&](utf8proc_int32_t c, std::string_view) { count += columnsOf(c); });
+    return count;
+}
+
+std::string withinColumns(std::string_view text, std::size_t most)
+{
+    if (columns(text) <= most)
+        return std::string(text);
+    std::string kept;
+    std::size_t taken = 1; // for what stands in the place of the rest
+    forEach(text, [&](utf8proc_int32_t c, std::string_view bytes) {
+        taken += columnsOf(c);
+        if (taken <= most)
+            kept.append(bytes);
+    });
+    return most == 0 ? "" : kept + "…";
 }
 
 std::string printable(std::string_view text)

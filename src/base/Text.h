@@ -28,6 +28,13 @@ namespace vellumor::Text {
 // How many code points; text that is not valid UTF-8 counts bytes where it breaks.
 [[nodiscard]] std::size_t length(std::string_view text);
 
+// How many columns of a terminal it takes: two for a wide character, none for one that joins
+// another.
+[[nodiscard]] std::size_t columns(std::string_view text);
+
+// No wider than `most` columns: what does not fit gives way to "…".
+[[nodiscard]] std::string withinColumns(std::string_view text, std::size_t most);
+
 // Fit for one line on a terminal: control characters, line and paragraph separators, and the marks
 // that reorder text are replaced by U+FFFD, and so is what is not valid UTF-8.
 [[nodiscard]] std::string printable(std::string_view text);

@@ -29,8 +29,11 @@ Task<> Diagnostics::run()
         chosen = findings.preferences.claudeBinaryPath;
     const auto claudePath = co_await m_findClaude(std::move(chosen));
     printWorld(findings, claudePath, redaction);
-    for (const DiscoveredFacts& facts : findings.accounts)
-        co_await printAccount(facts, std::move(findings.caches[facts.configDir]), &redaction);
+    for (const DiscoveredFacts& facts : findings.accounts) {
+        const std::string& dir = facts.configDir;
+        std::string title = ReportText::title(dir, findings.wishes[dir]);
+        co_await printAccount(std::move(title), facts, std::move(findings.caches[dir]), &redaction);
+    }
     m_print(ReportText::unmatchedHeading(findings.unmatched.size()));
     for (const DiscoveredFacts& item : findings.unmatched)
         m_print(ReportText::account(*item.resolvedService, item, m_clock.now(), redaction));
@@ -41,8 +44,8 @@ Task<> Diagnostics::run()
 void Diagnostics::printWorld(const Findings& findings, const std::optional<std::string>& claudePath,
                              const Redaction& redaction)
 {
-    m_print(ReportText::noCrashes(redaction.shown(m_folders.crashReports())));
-    m_print(ReportText::noTelemetry());
+    m_print(ReportText::crashes(findings.crashes, m_folders.crashReports(), redaction));
+    m_print(ReportText::telemetry(findings.telemetry, redaction));
     m_print(ReportText::presence(findings.ownPresence, findings.siblingPresence, redaction));
     m_print(ReportText::onboarding(findings.onboarding, findings.shouldShowOnboarding));
     m_print(ReportText::revival(findings.preferences, claudePath, redaction));
@@ -51,10 +54,10 @@ void Diagnostics::printWorld(const Findings& findings, const std::optional<std::
     m_print(ReportText::discovery(findings.accounts.size()));
 }
 
-Task<> Diagnostics::printAccount(DiscoveredFacts facts, AccountCaches caches,
+Task<> Diagnostics::printAccount(std::string title, DiscoveredFacts facts, AccountCaches caches,
                                  const Redaction* redaction)
 {
-    m_print(ReportText::account(facts.configDir, facts, m_clock.now(), *redaction));
+    m_print(ReportText::account(title, facts, m_clock.now(), *redaction));
     m_print(ReportText::caches(caches, m_clock.now(), *redaction));
     if (facts.tokenStatus != TokenStatus::readable) {
         m_print(ReportText::usageSkipped(facts.tokenStatus));

@@ -33,8 +33,8 @@ public:
 private:
     void printWorld(const Findings& findings, const std::optional<std::string>& claudePath,
                     const Redaction& redaction);
-    [[nodiscard]] Task<> printAccount(DiscoveredFacts facts, AccountCaches caches,
-                                      const Redaction* redaction);
+    [[nodiscard]] Task<> printAccount(std::string title, DiscoveredFacts facts,
+                                      AccountCaches caches, const Redaction* redaction);
 
     Worker& m_worker;
     UsageClient& m_client;

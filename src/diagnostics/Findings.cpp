@@ -1,11 +1,14 @@
 #include "diagnostics/Findings.h"
 
 #include "accounts/AccountDiscovery.h"
+#include "diagnostics/crash/CrashReportScanner.h"
+#include "diagnostics/crash/CrashReportState.h"
 #include "history/ResetAnchorStore.h"
 #include "history/UsageHistoryStore.h"
 #include "store/FileReader.h"
 #include "store/FileStore.h"
 #include "store/PreferencesStore.h"
+#include "telemetry/Telemetry.h"
 #include "usage/RateLimitLog.h"
 #include "usage/caches/SharedCache.h"
 
@@ -22,6 +25,39 @@ StoredAccounts readRecords(const Folders& folders)
     const FileContents contents = readFile(folders.vellumor() + "/accounts.json");
     return contents.status == ReadStatus::ok ? decodeStoredAccounts(contents.bytes)
                                              : StoredAccounts();
+}
+
+KnownCrashes readCrashes(const Folders& folders)
+{
+    const std::string directory = folders.crashReports();
+    const auto state = CrashReportState::load(CrashReportState::fileURL(folders.vellumor()));
+    KnownCrashes known;
+    known.reportCount = CrashReportScanner::ownReports(directory).size();
+    for (CrashDigest& digest :
+         CrashReportScanner::digests(directory, CrashReportScanner::recentLimit)) {
+        const bool isReported = state.isConsumed(digest);
+        known.crashes.push_back({std::move(digest), isReported});
+    }
+    return known;
+}
+
+std::optional<std::string> readTelemetry(const Folders& folders)
+{
+    const FileContents contents = readFile(folders.vellumor() + "/telemetry.json");
+    if (contents.status == ReadStatus::missing)
+        return std::nullopt;
+    const Instant untold{}; // a date that is missing
+    const auto config = TelemetryConfig::decode(contents.bytes, untold);
+    return config ? Telemetry::diagnosticsLine(*config)
+                  : "unreadable, to be replaced at the next start";
+}
+
+// What the user decided about an account that keeps it out of sight; empty for most.
+std::string wishOf(const StoredAccount& record)
+{
+    if (record.isRemoved())
+        return "removed by the user";
+    return record.tracked ? "" : "not tracked";
 }
 
 bool isPollable(const DiscoveredFacts& facts, const StoredAccounts& records)
@@ -83,8 +119,12 @@ Findings Findings::gather(const Environment& environment, const Folders& folders
                           ServiceDirectories& directories, const KeychainReader& keychain)
 {
     Findings findings;
+    findings.crashes = readCrashes(folders);
+    findings.telemetry = readTelemetry(folders);
     readOwnFiles(findings, environment, folders);
     const StoredAccounts records = readRecords(folders);
+    for (const auto& [configDir, record] : records)
+        findings.wishes[configDir] = wishOf(record);
     auto discovery = AccountDiscovery::live({knownDirs(records), serviceOverrides(records)},
                                             folders.home, directories, keychain);
     findings.configDirs = AccountDiscovery::homeConfigDirs(folders.home);

@@ -5,6 +5,7 @@
 #include "accounts/StoredAccount.h"
 #include "base/Environment.h"
 #include "diagnostics/AccountCaches.h"
+#include "diagnostics/KnownCrashes.h"
 #include "store/Folders.h"
 #include "store/OnboardingStore.h"
 #include "store/Preferences.h"
@@ -20,6 +21,9 @@ namespace vellumor {
 // What the headless report tells, but for the endpoint's answers: everything that can be read on
 // this machine.
 struct Findings {
+    KnownCrashes crashes;
+    // What telemetry is allowed and calls itself; nothing without its file.
+    std::optional<std::string> telemetry;
     Preferences preferences;
     OnboardingState onboarding;
     bool shouldShowOnboarding = false;
@@ -28,7 +32,8 @@ struct Findings {
     std::vector<std::string> services;                  // that hold a credential
     std::optional<std::vector<std::string>> configDirs; // in the home folder; nothing: not listable
     std::vector<DiscoveredFacts> accounts;
-    std::vector<DiscoveredFacts> unmatched; // services that no account took; configDir is empty
+    std::map<std::string, std::string> wishes; // by config directory: why an account is not shown
+    std::vector<DiscoveredFacts> unmatched;    // services that no account took; configDir is empty
     std::map<std::string, AccountCaches> caches; // by config directory, for each of the accounts
     int pollable = 0;
     std::vector<std::string> rateLimitLines;

@@ -158,14 +158,22 @@ std::string banner()
     return fmt::format("Vellumor {} — diagnostics\n\n", version);
 }
 
-std::string noCrashes(const std::string& folder)
+std::string crashes(const KnownCrashes& known, const std::string& folder,
+                    const Redaction& redaction)
 {
-    return fmt::format("crash  : no crash reports on disk ({})\n", folder);
+    if (known.reportCount == 0)
+        return fmt::format("crash  : no crash reports on disk ({})\n", redaction.shown(folder));
+    std::string text = fmt::format("crash  : {} report(s) on disk\n", known.reportCount);
+    for (const auto& [digest, isReported] : known.crashes)
+        text += fmt::format("    {} sig={} area={} v={} uptime={}\n",
+                            isReported ? "already reported" : "unreported", digest.signature,
+                            digest.area, redaction.shown(digest.crashedVersion), digest.uptime);
+    return text;
 }
 
-std::string noTelemetry()
+std::string telemetry(const std::optional<std::string>& line, const Redaction& redaction)
 {
-    return "Telemetry: not written yet\n";
+    return "Telemetry: " + (line ? redaction.shown(*line) : "not written yet") + "\n";
 }
 
 std::string presence(const std::optional<PresenceMarker::Presence>& own,
@@ -209,6 +217,11 @@ std::string home(const std::optional<std::vector<std::string>>& configDirs)
 std::string discovery(std::size_t accountCount)
 {
     return fmt::format("Discovery: {} account(s) from scan\n", accountCount);
+}
+
+std::string title(const std::string& configDir, const std::string& wish)
+{
+    return wish.empty() ? configDir : configDir + " · " + wish;
 }
 
 std::string account(const std::string& title, const DiscoveredFacts& facts, Instant now,

@@ -3,6 +3,7 @@
 #include "accounts/DiscoveredFacts.h"
 #include "base/Instant.h"
 #include "diagnostics/AccountCaches.h"
+#include "diagnostics/KnownCrashes.h"
 #include "diagnostics/Redaction.h"
 #include "store/OnboardingStore.h"
 #include "store/Preferences.h"
@@ -18,8 +19,11 @@
 namespace vellumor::ReportText {
 
 [[nodiscard]] std::string banner();
-[[nodiscard]] std::string noCrashes(const std::string& folder);
-[[nodiscard]] std::string noTelemetry();
+[[nodiscard]] std::string crashes(const KnownCrashes& known, const std::string& folder,
+                                  const Redaction& redaction);
+// `line` is nothing without the file that telemetry keeps.
+[[nodiscard]] std::string telemetry(const std::optional<std::string>& line,
+                                    const Redaction& redaction);
 [[nodiscard]] std::string presence(const std::optional<PresenceMarker::Presence>& own,
                                    const std::optional<PresenceMarker::Presence>& sibling,
                                    const Redaction& redaction);
@@ -32,6 +36,8 @@ namespace vellumor::ReportText {
 [[nodiscard]] std::string home(const std::optional<std::vector<std::string>>& configDirs);
 [[nodiscard]] std::string discovery(std::size_t accountCount);
 
+// Why an account is what it is to the user, behind its directory: "~/.claude-work · not tracked".
+[[nodiscard]] std::string title(const std::string& configDir, const std::string& wish);
 // Identity, service, plan and token of one account; `title` is its first line.
 [[nodiscard]] std::string account(const std::string& title, const DiscoveredFacts& facts,
                                   Instant now, const Redaction& redaction);

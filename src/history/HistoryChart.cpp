@@ -1,10 +1,16 @@
 #include "history/HistoryChart.h"
 
 #include "base/LocalTime.h"
+#include "history/HistoryChartColumns.h"
+#include "history/HistoryChartThinning.h"
 #include "history/Sparkline.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <functional>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -15,73 +21,90 @@ namespace {
 constexpr double pointsOfSpan = 80.0;
 constexpr int passes = 2;
 
-// Both sides of each fall.
-std::vector<std::size_t> resetEdges(const Points& points)
+using Indices = std::vector<std::size_t>; // rising
+using Numbers = std::span<const double>;
+
+// False where no height is a fall; a quick look, since falls are few. A difference has a sign even
+// where it is too small for any other trace.
+bool mayHaveFall(Numbers ys, std::size_t begin, std::size_t end)
 {
-    std::vector<std::size_t> edges;
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        if (Sparkline::isReset(points[i - 1].y, points[i].y)) {
-            edges.push_back(i - 1);
+    std::uint64_t signs = 0;
+    for (std::size_t i = begin; i < end; ++i)
+        signs |= std::bit_cast<std::uint64_t>(ys[i] - (ys[i - 1] - 1.0));
+    return std::bit_cast<std::int64_t>(signs) < 0;
+}
+
+// Both sides of each fall.
+Indices resetEdges(Numbers ys)
+{
+    constexpr std::size_t block = 16;
+    Indices edges;
+    for (std::size_t begin = 1; begin < ys.size(); begin += block) {
+        const std::size_t end = std::min(begin + block, ys.size());
+        if (!mayHaveFall(ys, begin, end))
+            continue;
+        for (std::size_t i = begin; i < end; ++i) {
+            if (!Sparkline::isReset(ys[i - 1], ys[i]))
+                continue;
+            if (edges.empty() || edges.back() != i - 1)
+                edges.push_back(i - 1);
             edges.push_back(i);
         }
     }
     return edges;
 }
 
-// What is no number counts as 0.
-double drawn(double percent)
+std::vector<double> column(const Points& points, double Point::*number)
 {
-    return percent > 0 ? std::min(percent, 100.0) : 0.0;
+    std::vector<double> numbers;
+    numbers.reserve(points.size());
+    for (const Point& point : points)
+        numbers.push_back(point.*number);
+    return numbers;
 }
 
-Points pointsWithin(const Sparkline::Run& run, const TimeSpan& span)
+std::size_t targetOf(Numbers xs)
 {
-    Points points;
-    points.reserve(run.size());
-    for (const Sparkline::Point& point : run) {
-        if (span.contains(point.at))
-            points.push_back({span.position(point.at), drawn(point.y)});
-    }
-    return points;
-}
-
-std::size_t targetOf(const Points& points)
-{
-    const double target = std::trunc((points.back().x - points.front().x) * pointsOfSpan);
+    const double target = std::trunc((xs.back() - xs.front()) * pointsOfSpan);
     return target <= 2 ? 2 : static_cast<std::size_t>(target);
 }
 
-// The thinned points and the edges that the thinning has dropped, by their place.
-Points withEdges(Points thinned, const Points& all)
+Points pointsAt(const Indices& indices, Numbers xs, Numbers ys)
+{
+    Points points;
+    points.reserve(indices.size());
+    for (const std::size_t i : indices)
+        points.push_back({xs[i], ys[i]});
+    return points;
+}
+
+// The points that the thinning has kept and the edges that it has dropped, by their place. Points
+// that are equal may stand at several indices.
+Points sortedWithEdges(Points kept, const Points& edges)
 {
     std::set<std::pair<double, double>> there;
-    for (const Point& point : thinned)
+    for (const Point& point : kept)
         there.emplace(point.x, point.y);
-    for (const std::size_t edge : resetEdges(all)) {
-        if (there.emplace(all[edge].x, all[edge].y).second)
-            thinned.push_back(all[edge]);
+    for (const Point& edge : edges) {
+        if (there.emplace(edge.x, edge.y).second)
+            kept.push_back(edge);
     }
-    std::ranges::stable_sort(thinned, {}, &Point::x);
-    return thinned;
+    std::ranges::stable_sort(kept, {}, &Point::x);
+    return kept;
 }
 
-// The mean of the points from `begin` up to `end`, and at least of one.
-Point meanOf(const Points& points, std::size_t begin, std::size_t end)
+// The same, which is easy where each point stands behind the one before it: only a clock that was
+// set back leaves others.
+Points withEdges(const Indices& kept, Numbers xs, Numbers ys)
 {
-    begin = std::min(begin, points.size() - 1);
-    end = std::clamp(end, begin + 1, points.size());
-    Point mean;
-    for (std::size_t i = begin; i < end; ++i) {
-        mean.x += points[i].x;
-        mean.y += points[i].y;
-    }
-    const auto count = static_cast<double>(end - begin);
-    return {mean.x / count, mean.y / count};
-}
-
-double doubledArea(const Point& a, const Point& p, const Point& m)
-{
-    return std::abs((a.x - m.x) * (p.y - a.y) - (m.y - a.y) * (a.x - p.x));
+    const Indices edges = resetEdges(ys);
+    Indices both;
+    both.reserve(kept.size() + edges.size());
+    std::ranges::set_union(kept, edges, std::back_inserter(both));
+    Points points = pointsAt(both, xs, ys);
+    const bool isRising =
+        std::ranges::adjacent_find(points, std::greater_equal(), &Point::x) == points.end();
+    return isRising ? points : sortedWithEdges(pointsAt(kept, xs, ys), pointsAt(edges, xs, ys));
 }
 
 // Slope between neighbours; level where they stand above one another.
@@ -96,49 +119,38 @@ double slope(const Point& a, const Point& b)
 std::vector<Points> segments(const UsageSamples& samples, std::string_view kind,
                              const TimeSpan& span)
 {
-    if (!(span.seconds() > 0))
-        return {};
-    std::vector<Points> found;
-    for (const Sparkline::Run& run : Sparkline::runs(samples, kind)) {
-        const Points points = pointsWithin(run, span);
-        if (points.size() >= 2)
-            found.push_back(relaxed(withEdges(downsample(points, targetOf(points)), points)));
+    return std::move(segmentsOfKinds(samples, {&kind, 1}, span).front());
+}
+
+std::vector<std::vector<Points>> segmentsOfKinds(const UsageSamples& samples,
+                                                 std::span<const std::string_view> kinds,
+                                                 const TimeSpan& span)
+{
+    std::vector<std::vector<Points>> found(kinds.size());
+    if (kinds.empty() || !(span.seconds() > 0))
+        return found;
+    Columns columns(samples, kinds, span);
+    if (columns.isRagged()) { // each has places of its own
+        for (std::size_t i = 0; i < kinds.size(); ++i)
+            found[i] = segments(samples, kinds[i], span);
+        return found;
+    }
+    for (const Columns::Rows& rows : columns.stretches()) {
+        const auto xs = columns.places(rows);
+        const Thinning thinning(xs, targetOf(xs));
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            const auto ys = columns.heights(rows, i);
+            found[i].push_back(relaxed(withEdges(thinning.kept(ys), xs, ys)));
+        }
     }
     return found;
 }
 
 Points downsample(const Points& points, std::size_t count)
 {
-    const std::size_t c = points.size();
-    if (count < 2 || c <= count)
-        return points;
-    if (count == 2)
-        return {points.front(), points.back()};
-    const double width = static_cast<double>(c - 2) / static_cast<double>(count - 2);
-    const auto bound = [width](std::size_t bucket) {
-        return static_cast<std::size_t>(std::trunc(width * static_cast<double>(bucket))) + 1;
-    };
-    Points kept{points.front()};
-    for (std::size_t bucket = 0; bucket + 2 < count; ++bucket) {
-        const std::size_t begin = bound(bucket);
-        const std::size_t end = std::min(c - 1, bound(bucket + 1));
-        if (begin >= end)
-            continue;
-        const bool isLast = bucket + 3 == count;
-        const Point mean = meanOf(points, end, isLast ? c : std::min(c, bound(bucket + 2)));
-        std::size_t best = begin;
-        double largest = -1;
-        for (std::size_t i = begin; i < end; ++i) {
-            const double area = doubledArea(kept.back(), points[i], mean);
-            if (area > largest) {
-                largest = area;
-                best = i;
-            }
-        }
-        kept.push_back(points[best]);
-    }
-    kept.push_back(points.back());
-    return kept;
+    const auto xs = column(points, &Point::x);
+    const auto ys = column(points, &Point::y);
+    return pointsAt(Thinning(xs, count).kept(ys), xs, ys);
 }
 
 Points relaxed(Points points)
@@ -147,7 +159,7 @@ Points relaxed(Points points)
         return points;
     std::vector<bool> isPinned(points.size(), false);
     isPinned.front() = isPinned.back() = true;
-    for (const std::size_t edge : resetEdges(points))
+    for (const std::size_t edge : resetEdges(column(points, &Point::y)))
         isPinned[edge] = true;
     const auto highest = std::ranges::max_element(points, {}, &Point::y);
     isPinned[static_cast<std::size_t>(highest - points.begin())] = true;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,12 +49,29 @@ public:
     // Null pointer without one.
     [[nodiscard]] const double* find(std::string_view kind) const
     {
-        const std::size_t place = placeOf(kind);
-        return isAt(place, kind) ? &at(place) : nullptr;
+        const auto index = indexOf(kind);
+        return index ? &at(*index) : nullptr;
     }
     [[nodiscard]] const std::string& kindAt(std::size_t index) const { return (*m_kinds)[index]; }
     [[nodiscard]] std::size_t size() const { return m_kinds == nullptr ? 0 : m_kinds->size(); }
     [[nodiscard]] bool empty() const { return size() == 0; }
+    // The percent of the kind at `index`, which is below size().
+    [[nodiscard]] const double& at(std::size_t index) const
+    {
+        return index < m_first.size() ? m_first[index] : m_more[index - m_first.size()];
+    }
+    // Whether both stand on one list, so that a kind has the same place in either. False says
+    // nothing: equal kinds may stand in two lists.
+    [[nodiscard]] bool sharesKindsOf(const Percents& other) const
+    {
+        return m_kinds == other.m_kinds;
+    }
+    // Where `kind` stands; nothing without an entry.
+    [[nodiscard]] std::optional<std::size_t> indexOf(std::string_view kind) const
+    {
+        const std::size_t place = placeOf(kind);
+        return isAt(place, kind) ? std::optional(place) : std::nullopt;
+    }
 
     // Goes through the entries in the order of their kinds: pairs of kind and percent.
     class Iterator {
@@ -105,10 +123,6 @@ private:
     [[nodiscard]] bool isAt(std::size_t place, std::string_view kind) const
     {
         return place < size() && kindAt(place) == kind;
-    }
-    [[nodiscard]] const double& at(std::size_t index) const
-    {
-        return index < m_first.size() ? m_first[index] : m_more[index - m_first.size()];
     }
 
     // Makes room for a new kind, in a list of its own from now on.

@@ -128,10 +128,7 @@ WeeklyReceipts ReceiptStore::load(const std::string& configDir) const
 void ReceiptStore::append(const WeeklyReceipt& receipt, const std::string& configDir, Instant now)
 {
     WeeklyReceipts receipts = load(configDir);
-    const bool isThere = std::ranges::any_of(receipts, [&](const WeeklyReceipt& each) {
-        return std::abs(secondsBetween(each.weekEnd, receipt.weekEnd)) < sameWeek;
-    });
-    if (isThere)
+    if (hasWeek(receipts, receipt.weekEnd))
         return;
     receipts.push_back(receipt);
     auto entries = encodeReceipts(trim(std::move(receipts), now));
@@ -146,6 +143,13 @@ void ReceiptStore::append(const WeeklyReceipt& receipt, const std::string& confi
 void ReceiptStore::prune(const std::vector<std::string>& keptConfigDirs)
 {
     AccountFiles::prune(m_dir, keptConfigDirs);
+}
+
+bool ReceiptStore::hasWeek(const WeeklyReceipts& receipts, Instant weekEnd)
+{
+    return std::ranges::any_of(receipts, [weekEnd](const WeeklyReceipt& each) {
+        return std::abs(secondsBetween(each.weekEnd, weekEnd)) < sameWeek;
+    });
 }
 
 WeeklyReceipts ReceiptStore::trim(WeeklyReceipts receipts, Instant now)

@@ -28,11 +28,13 @@ public:
 
     // By the end of their week.
     [[nodiscard]] WeeklyReceipts load(const std::string& configDir) const;
-    // Writes nothing when the week is there already: one that ends less than a minute away.
+    // Writes nothing when the week is there already.
     void append(const WeeklyReceipt& receipt, const std::string& configDir, Instant now);
     // Forgets every other account.
     void prune(const std::vector<std::string>& keptConfigDirs);
 
+    // Whether a week that ends then is among them: one that ends less than a minute away.
+    [[nodiscard]] static bool hasWeek(const WeeklyReceipts& receipts, Instant weekEnd);
     // Those whose week has ended at or after `now` minus the retention.
     [[nodiscard]] static WeeklyReceipts trim(WeeklyReceipts receipts, Instant now);
     // The receipts in the bytes of a file, as they stand there.

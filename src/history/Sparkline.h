@@ -3,6 +3,7 @@
 #include "history/UsageSample.h"
 
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -23,6 +24,9 @@ using Run = std::vector<Point>;
 [[nodiscard]] std::optional<double> gapThreshold(const UsageSamples& samples);
 // The same from spacings; those that are not above zero do not count.
 [[nodiscard]] std::optional<double> gapThreshold(std::vector<double> spacings);
+
+// Where a hole ends: the places of the moments that begin a new run.
+[[nodiscard]] std::vector<std::size_t> holes(std::span<const Instant> moments);
 
 // The samples that have an entry for `kind`, parted where there is a hole. None for fewer than two.
 [[nodiscard]] std::vector<Run> runs(const UsageSamples& samples, std::string_view kind);

@@ -2,7 +2,10 @@
 
 #include "base/Text.h"
 
+#include <cerrno>
+
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -65,6 +68,20 @@ bool isFolder(const std::string& path)
 {
     struct stat status {};
     return ::stat(spelled(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+FolderState folderState(const std::string& path)
+{
+    if (path.empty() || path.front() != '/')
+        return FolderState::notAbsolute;
+    const std::string onDisk = spelled(path);
+    struct stat status {};
+    if (::stat(onDisk.c_str(), &status) != 0)
+        return errno == EACCES ? FolderState::unreadable : FolderState::missing;
+    if (!S_ISDIR(status.st_mode))
+        return FolderState::notAFolder;
+    return ::access(onDisk.c_str(), R_OK | X_OK) == 0 ? FolderState::usable
+                                                      : FolderState::unreadable;
 }
 
 } // namespace vellumor::DiskPath

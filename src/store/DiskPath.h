@@ -2,6 +2,13 @@
 
 #include <string>
 
+namespace vellumor {
+
+// Whether a path that somebody typed can be a config directory.
+enum class FolderState { usable, notAbsolute, missing, notAFolder, unreadable };
+
+} // namespace vellumor
+
 // DiskPath: the two spellings of one path. The program's keys are in composed Unicode (NFC), while
 // a name on a Linux disk is bytes and may be decomposed. Only names beyond ASCII cost a look at the
 // disk.
@@ -14,5 +21,6 @@ namespace vellumor::DiskPath {
 
 [[nodiscard]] bool exists(const std::string& path);
 [[nodiscard]] bool isFolder(const std::string& path);
+[[nodiscard]] FolderState folderState(const std::string& path);
 
 } // namespace vellumor::DiskPath

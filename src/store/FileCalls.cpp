@@ -1,6 +1,7 @@
 #include "store/FileCalls.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -10,6 +11,11 @@ namespace vellumor {
 int FileCalls::create(const char* path, mode_t mode) const
 {
     return ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
+}
+
+int FileCalls::mkdir(const char* path, mode_t mode) const
+{
+    return ::mkdir(path, mode);
 }
 
 ssize_t FileCalls::write(int file, const void* bytes, std::size_t count) const
@@ -25,6 +31,11 @@ int FileCalls::fsync(int file) const
 int FileCalls::rename(const char* from, const char* to) const
 {
     return ::rename(from, to);
+}
+
+int FileCalls::unlinkat(int folder, const char* name, int flags) const
+{
+    return ::unlinkat(folder, name, flags);
 }
 
 } // namespace vellumor

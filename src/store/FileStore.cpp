@@ -98,7 +98,7 @@ void FileStore::ensureDirectory(const std::string& path) const
     const std::string parent = folderOf(path);
     if (parent != path && ::access(parent.c_str(), F_OK) != 0)
         ensureDirectory(parent);
-    if (::mkdir(path.c_str(), dirPermissions) == 0)
+    if (m_calls.mkdir(path.c_str(), dirPermissions) == 0)
         setMode(path, dirPermissions); // what the umask may have taken
 }
 

@@ -26,9 +26,10 @@ std::optional<std::string> OnboardingState::encode() const
                      JsonLayout::pretty);
 }
 
-OnboardingStore::OnboardingStore(const FileStore& files, std::string fileURL)
+OnboardingStore::OnboardingStore(const FileStore& files, std::string fileURL, RunJob runJob)
     : m_files(files)
     , m_fileURL(std::move(fileURL))
+    , m_runJob(std::move(runJob))
 {
     const FileContents contents = readFile(m_fileURL);
     if (contents.status == ReadStatus::ok)
@@ -39,7 +40,8 @@ void OnboardingStore::setCurrent(const OnboardingState& state)
 {
     m_current = state;
     if (const auto bytes = state.encode())
-        m_files.write(*bytes, m_fileURL);
+        m_runJob(
+            [&files = m_files, file = m_fileURL, bytes = *bytes] { files.write(bytes, file); });
 }
 
 bool OnboardingStore::shouldShow(const Environment& environment) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Environment.h"
+#include "base/RunJob.h"
 #include "store/FileStore.h"
 
 #include <optional>
@@ -25,9 +26,9 @@ struct OnboardingState {
 class OnboardingStore {
 public:
     // Loads; creates nothing. `files` outlives the store.
-    OnboardingStore(const FileStore& files, std::string fileURL);
+    OnboardingStore(const FileStore& files, std::string fileURL, RunJob runJob = runAtOnce);
 
-    void setCurrent(const OnboardingState& state); // writes at once
+    void setCurrent(const OnboardingState& state); // handed to `runJob` at once, to be written
     [[nodiscard]] const OnboardingState& current() const { return m_current; }
 
     // VELLUMOR_ONBOARDING decides first: "show" or "skip"; otherwise the flow is shown until it was
@@ -37,6 +38,7 @@ public:
 private:
     const FileStore& m_files;
     std::string m_fileURL;
+    RunJob m_runJob;
     OnboardingState m_current;
 };
 

@@ -5,6 +5,9 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+#include <cmath>
+
 namespace vellumor {
 
 namespace {
@@ -51,6 +54,13 @@ QPointF HistoryChartView::place(const HistoryChart::Point& point) const
     return {point.x * width(), margin + (height() - 2 * margin) * (1 - point.y / 100)};
 }
 
+// The middle of the screen's pixel there, so that a thin line is one pixel and not two faint ones.
+double HistoryChartView::onPixel(double x) const
+{
+    const double scale = devicePixelRatioF();
+    return (std::floor(std::min(x, width() - 1 / scale) * scale) + 0.5) / scale;
+}
+
 void HistoryChartView::paintSegment(QPainter& painter, const HistoryChart::Points& points) const
 {
     QPainterPath line(place(points.front()));
@@ -70,9 +80,10 @@ void HistoryChartView::paintSegment(QPainter& painter, const HistoryChart::Point
 void HistoryChartView::paintTicks(QPainter& painter) const
 {
     painter.setPen(QPen(m_theme.dimmed, 1));
-    for (const double tick : m_content.resetTicks)
-        painter.drawLine(QPointF(tick * width(), height() - tickLength),
-                         QPointF(tick * width(), height()));
+    for (const double tick : m_content.resetTicks) {
+        const double x = onPixel(tick * width());
+        painter.drawLine(QPointF(x, height() - tickLength), QPointF(x, height()));
+    }
 }
 
 void HistoryChartView::paintEvent(QPaintEvent*)
@@ -82,8 +93,10 @@ void HistoryChartView::paintEvent(QPaintEvent*)
     painter.setPen(QPen(faded(m_theme.dimmed, limitAlpha), hairline));
     painter.drawLine(QPointF(0, margin), QPointF(width(), margin));
     painter.setPen(QPen(faded(m_theme.dimmed, dayAlpha), hairline));
-    for (const double day : m_days)
-        painter.drawLine(QPointF(day * width(), 0), QPointF(day * width(), height()));
+    for (const double day : m_days) {
+        const double x = onPixel(day * width());
+        painter.drawLine(QPointF(x, 0), QPointF(x, height()));
+    }
     for (const HistoryChart::Points& points : m_content.segments)
         paintSegment(painter, points);
     paintTicks(painter);

@@ -22,6 +22,7 @@ protected:
 
 private:
     [[nodiscard]] QPointF place(const HistoryChart::Point& point) const;
+    [[nodiscard]] double onPixel(double x) const;
     void paintSegment(QPainter& painter, const HistoryChart::Points& points) const;
     void paintTicks(QPainter& painter) const;
 

@@ -10,7 +10,6 @@
 #include <vector>
 
 class QGridLayout;
-class QPushButton;
 class QVBoxLayout;
 
 namespace vellumor {
@@ -19,6 +18,7 @@ class CoverageStripView;
 class HistoryChartView;
 class PlainText;
 class SymbolButton;
+class TextButton;
 
 // One account's last seven days, in the place of the popover's list.
 class HistoryDetailView final : public QWidget {
@@ -36,20 +36,34 @@ public:
 
     void setContent(const HistoryContent& content, const Theme& theme);
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     struct Chart {
+        QWidget* box; // around all of it
         PlainText* title;
         HistoryChartView* view;
         PlainText* nothingYet;
     };
+    // Rows of a title and a text.
+    struct Facts {
+        QGridLayout* grid = nullptr;
+        std::vector<PlainText*> texts = {}; // title and text in turns
+    };
 
     void makeHeader();
+    void makeWatched();
     void makeReceipt();
     void makeExports();
     [[nodiscard]] PlainText* addText(const QFont& font, int mostLines);
+    [[nodiscard]] TextButton* makeButton(const char* label, std::function<void()> then);
+    [[nodiscard]] Chart makeChart();
+    [[nodiscard]] Facts makeFacts();
     void setCharts(const HistoryContent& content, const Theme& theme);
-    void setFacts(const std::vector<HistoryFactRow>& facts, const Theme& theme);
+    void setFacts(Facts& facts, const std::vector<HistoryFactRow>& rows, const Theme& theme);
     void setReceipt(const ReceiptContent& receipt, const Theme& theme);
+    void alignFacts(const HistoryContent& content);
 
     const PopoverMetrics& m_metrics;
     Actions m_actions;
@@ -63,14 +77,16 @@ private:
     std::vector<Chart> m_charts;
     CoverageStripView* m_strip = nullptr;
     PlainText* m_coverage = nullptr;
-    QGridLayout* m_factGrid = nullptr;
-    std::vector<PlainText*> m_facts; // title and text in turns
+    Facts m_facts;
     PlainText* m_receiptTitle = nullptr;
-    std::vector<PlainText*> m_receiptRows;
-    QVBoxLayout* m_receiptColumn = nullptr;
-    QPushButton* m_copy = nullptr;
-    QPushButton* m_csv = nullptr;
-    QPushButton* m_json = nullptr;
+    PlainText* m_noReceipt = nullptr; // in the place of everything about one
+    PlainText* m_receiptCoverage = nullptr;
+    Facts m_receiptFacts;
+    PlainText* m_comparison = nullptr;
+    TextButton* m_copy = nullptr;
+    QWidget* m_exports = nullptr;
+    TextButton* m_csv = nullptr;
+    TextButton* m_json = nullptr;
 };
 
 } // namespace vellumor

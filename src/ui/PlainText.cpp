@@ -14,6 +14,18 @@ namespace {
 
 constexpr double dimmedAlpha = 0.6;
 
+// Keeps together what stands between two points in the middle, so that a line ends there rather
+// than within; as long as `text`, letter for letter. A part that does not fit is left as it is.
+QString withWholeParts(const QString& text, const QFontMetrics& metrics, int width)
+{
+    QStringList parts = text.split(QStringLiteral(" · "));
+    for (QString& part : parts) {
+        if (metrics.horizontalAdvance(part + QStringLiteral(" ·")) <= width)
+            part.replace(QLatin1Char(' '), QChar(QChar::Nbsp));
+    }
+    return parts.join(QStringLiteral("\u00a0· "));
+}
+
 } // namespace
 
 PlainText::PlainText(QWidget* parent, int mostLines)
@@ -75,12 +87,20 @@ void PlainText::setHelp(const QString& help)
 PlainText::Lines PlainText::lines(int width) const
 {
     const QFontMetrics metrics(font());
-    if (m_mostLines == 1) {
+    if (m_mostLines == 1 || metrics.horizontalAdvance(text()) <= width) {
         const QString shown = metrics.elidedText(text(), Qt::ElideRight, width);
         return {{shown}, shown != text()};
     }
+    Lines whole = broken(withWholeParts(text(), metrics, width), width);
+    return whole.isCut ? broken(text(), width) : whole;
+}
+
+// `spaced` is the text, but for the kind of its spaces.
+PlainText::Lines PlainText::broken(const QString& spaced, int width) const
+{
+    const QFontMetrics metrics(font());
     Lines lines;
-    QTextLayout layout(text(), font());
+    QTextLayout layout(spaced, font());
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);

@@ -39,6 +39,7 @@ private:
         bool isCut = false;
     };
     [[nodiscard]] Lines lines(int width) const;
+    [[nodiscard]] Lines broken(const QString& spaced, int width) const;
     void updateToolTip();
     [[nodiscard]] QColor ink() const;
 

@@ -8,6 +8,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 #include <QWindow>
 
@@ -55,7 +56,7 @@ void Popover::makeView()
     m_view = std::make_unique<PopoverView>(PopoverView::Actions{
         .settings = m_actions.settings,
         .refresh = m_actions.refresh,
-        .dismissNotice = [this] { m_appState.dismissNewAccounts(); },
+        .dismissNotice = [this] { dismissNotice(); },
         .signInGuide = m_actions.signInGuide,
         .history = [this](const std::string& configDir) { showHistory(configDir); },
         .back = [this] { showHistory({}); },
@@ -92,6 +93,7 @@ void Popover::performClose()
     m_nextTick.reset();
     if (!m_view)
         return;
+    m_exportFailure.clear();
     auto view = std::move(m_view); // hiding it tells that it is no longer active
     view->hide();
     view.release()->deleteLater(); // it may be its own event that closes it
@@ -160,8 +162,29 @@ void Popover::exportHistory(const std::string& extension)
     const auto bytes = extension == "csv" ? std::optional(HistoryExport::csv(samples))
                                           : HistoryExport::json(account->displayName, samples,
                                                                 m_historyInputs.receipts, now);
-    if (bytes)
-        ExportPanel::save(HistoryExport::filename(account->displayName, extension, now), *bytes);
+    if (!bytes)
+        return;
+    ExportPanel::save(HistoryExport::filename(account->displayName, extension, now), *bytes,
+                      [self = QPointer(this)](const std::string& reason) {
+                          if (self)
+                              self->onExportFailed(reason);
+                      });
+}
+
+// The panel that asked for the place has closed the popover.
+void Popover::onExportFailed(const std::string& reason)
+{
+    m_exportFailure = "The export could not be written: " + reason;
+    show(m_anchor, {});
+    update();
+}
+
+void Popover::dismissNotice()
+{
+    if (m_exportFailure.empty())
+        return m_appState.dismissNewAccounts();
+    m_exportFailure.clear();
+    update();
 }
 
 void Popover::tick()
@@ -179,6 +202,7 @@ void Popover::update()
     m_view->setContent(PopoverContent::of(m_appState, m_clock.now(),
                                           [](Instant moment) { return shortTimeText(moment); }),
                        static_cast<int>(available.height() * mostOfScreen));
+    m_view->setUrgentNotice(m_exportFailure);
     updateHistory(m_clock.now());
     if (!m_view->isVisible() || m_view->size() != before)
         m_view->setGeometry(PopoverPlace::rect(m_anchor, m_view->size(), available));

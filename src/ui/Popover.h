@@ -61,6 +61,8 @@ private:
     void updateHistory(Instant now);
     void showHistory(const std::string& configDir); // empty: the list
     void exportHistory(const std::string& extension);
+    void onExportFailed(const std::string& reason);
+    void dismissNotice();
     [[nodiscard]] const Account* historyAccount() const;
     void tick();
     void onDeactivated();
@@ -74,6 +76,7 @@ private:
     // Of which account the history is shown; empty for none. Stays when the popover closes.
     std::string m_historyDir;
     HistoryInputs m_historyInputs; // what it was last made of
+    std::string m_exportFailure;   // to be told until it is dismissed or the popover closes
     std::optional<std::chrono::steady_clock::time_point> m_lostFocusAt;
 };
 

@@ -123,7 +123,7 @@ void PopoverView::setContent(const PopoverContent& content, int mostHeight)
 void PopoverView::apply(const PopoverContent& content)
 {
     m_content = content;
-    m_banner->setContent(m_history ? std::string() : content.notice, m_theme);
+    m_banner->setContent(notice(), m_theme);
     setSections(content.sections);
     setHint();
     m_footerText->setPlainText(content.footer);
@@ -131,6 +131,21 @@ void PopoverView::apply(const PopoverContent& content)
     m_refresh->setColour(m_theme.dimmed);
     m_settings->setColour(m_theme.dimmed);
     resizeToContent();
+}
+
+void PopoverView::setUrgentNotice(const std::string& notice)
+{
+    if (notice == m_urgentNotice)
+        return;
+    m_urgentNotice = notice;
+    apply(m_content);
+}
+
+std::string PopoverView::notice() const
+{
+    if (!m_urgentNotice.empty() || m_history)
+        return m_urgentNotice;
+    return m_content.notice;
 }
 
 void PopoverView::setSections(const std::vector<AccountSectionContent>& sections)
@@ -208,8 +223,7 @@ void PopoverView::applyHistory()
 
 void PopoverView::resizeToContent()
 {
-    const int banner =
-        m_history || m_content.notice.empty() ? 0 : heightAt(m_metrics.width, *m_banner->layout());
+    const int banner = notice().empty() ? 0 : heightAt(m_metrics.width, *m_banner->layout());
     const int footer = m_history ? 0 : m_footer->sizeHint().height();
     const int list = heightAt(m_metrics.width, *m_listColumn);
     const int edges = 2;

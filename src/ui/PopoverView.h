@@ -47,6 +47,8 @@ public:
     // Touches what has changed alone. Resizes itself to the content, up to `mostHeight`; beyond it
     // the list scrolls.
     void setContent(const PopoverContent& content, int mostHeight);
+    // Stands in the place of the content's notice, and above a history too. Empty: none.
+    void setUrgentNotice(const std::string& notice);
     // One account's history in the place of everything else; without one, the list again.
     void setHistory(std::shared_ptr<const HistoryContent> history);
 
@@ -63,6 +65,7 @@ private:
     void orderTabs();
     void makeHint();
     void apply(const PopoverContent& content);
+    [[nodiscard]] std::string notice() const;
     void setHint();
     void resizeToContent();
     void applyHistory();
@@ -72,6 +75,7 @@ private:
     PopoverMetrics m_metrics;
     Theme m_theme;
     PopoverContent m_content;
+    std::string m_urgentNotice;
     int m_mostHeight = 0;
     bool m_wasActive = false;
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int symbolPoints = 16;
 constexpr int targetPoints = 24;
-constexpr int padding = 6; // behind a text
+constexpr int padding = 6; // before and behind a text
 constexpr double cornerRadius = 5.0;
 constexpr double hoverAlpha = 0.10;
 constexpr double pressedAlpha = 0.18;
@@ -25,6 +25,15 @@ SymbolButton::SymbolButton(Symbols::Symbol symbol, QWidget* parent)
 {
     setAttribute(Qt::WA_Hover);
     setFixedSize(sizeHint());
+}
+
+void SymbolButton::setSymbol(Symbols::Symbol symbol)
+{
+    if (symbol == m_symbol)
+        return;
+    m_symbol = symbol;
+    m_drawn = QPixmap();
+    update();
 }
 
 void SymbolButton::setHelp(const std::string& help)
@@ -46,8 +55,9 @@ void SymbolButton::setColour(const QColor& colour)
 
 QSize SymbolButton::sizeHint() const
 {
-    const int words = text().isEmpty() ? 0 : fontMetrics().horizontalAdvance(text()) + padding;
-    return {targetPoints + words, targetPoints};
+    if (text().isEmpty())
+        return {targetPoints, targetPoints};
+    return {symbolPoints + fontMetrics().horizontalAdvance(text()) + 2 * padding, targetPoints};
 }
 
 void SymbolButton::changeEvent(QEvent* event)
@@ -70,7 +80,7 @@ void SymbolButton::paintEvent(QPaintEvent*)
         m_drawn = Symbols::pixmap(m_symbol, symbolPoints, m_colour, devicePixelRatioF());
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (isDown() || underMouse()) {
+    if (isEnabled() && (isDown() || underMouse())) {
         QColor shade = m_colour;
         shade.setAlphaF(static_cast<float>(isDown() ? pressedAlpha : hoverAlpha));
         painter.setPen(Qt::NoPen);
@@ -84,9 +94,10 @@ void SymbolButton::paintEvent(QPaintEvent*)
                                 cornerRadius - 1);
     }
     const int margin = (targetPoints - symbolPoints) / 2;
-    painter.drawPixmap(margin, margin, m_drawn);
+    // Beside a text it stands as far to the left as it can, to be in line with what is below.
+    painter.drawPixmap(text().isEmpty() ? margin : 0, margin, m_drawn);
     painter.setPen(m_colour);
-    painter.drawText(rect().adjusted(targetPoints, 0, 0, 0),
+    painter.drawText(rect().adjusted(symbolPoints + padding, 0, 0, 0),
                      static_cast<int>(Qt::AlignVCenter) | static_cast<int>(Qt::AlignLeft), text());
 }
 

@@ -7,12 +7,13 @@ namespace vellumor {
 
 // A flat symbol of 16 points in a target of 24, with a tooltip that is its accessible name too; and
 // with its text beside it, if it has one.
-class SymbolButton final : public FlatButton {
+class SymbolButton : public FlatButton {
     Q_OBJECT
 
 public:
     SymbolButton(Symbols::Symbol symbol, QWidget* parent);
 
+    void setSymbol(Symbols::Symbol symbol);
     void setHelp(const std::string& help);
     void setColour(const QColor& colour);
 

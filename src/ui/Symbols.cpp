@@ -27,6 +27,22 @@ QString themeName(Symbol symbol)
         return QStringLiteral("help-about-symbolic");
     case Symbol::back:
         return QStringLiteral("go-previous-symbolic");
+    case Symbol::accounts:
+        return QStringLiteral("system-users-symbolic");
+    case Symbol::usage:
+        return QStringLiteral("utilities-system-monitor-symbolic");
+    case Symbol::notifications:
+        return QStringLiteral("preferences-system-notifications-symbolic");
+    case Symbol::privacy:
+        return QStringLiteral("preferences-system-privacy-symbolic");
+    case Symbol::handle:
+        return QStringLiteral("open-menu-symbolic");
+    case Symbol::pinned:
+        return QStringLiteral("view-pin-symbolic");
+    case Symbol::unpinned:
+        return QStringLiteral("vellumor-unpinned-symbolic");
+    case Symbol::more:
+        return QStringLiteral("view-more-symbolic");
     }
     return {};
 }

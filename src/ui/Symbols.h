@@ -7,7 +7,24 @@
 // own drawings where it has none.
 namespace vellumor::Symbols {
 
-enum class Symbol { history, refresh, settings, dismiss, warning, menuBar, about, back };
+enum class Symbol {
+    history,
+    refresh,
+    settings,
+    dismiss,
+    warning,
+    menuBar,
+    about,
+    back,
+    accounts,
+    usage,
+    notifications,
+    privacy,
+    handle,
+    pinned,
+    unpinned,
+    more
+};
 
 // In one colour, `points` wide and high. Never empty.
 [[nodiscard]] QPixmap pixmap(Symbol symbol, int points, const QColor& colour, double scale);

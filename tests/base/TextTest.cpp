@@ -58,6 +58,32 @@ TEST(Text, whatIsNotUtf8IsComposedToItself)
     EXPECT_EQ(Text::composed("e\xCC\x81\xFF"), "e\xCC\x81\xFF");
 }
 
+TEST(Text, aTerminalHasTwoColumnsForAWideCharacterAndNoneForAMark)
+{
+    struct Row {
+        const char* text;
+        std::size_t columns;
+    };
+    const Row rows[] = {{"", 0},     {"abc", 3}, {"\xC3\xA9", 1}, {"e\xCC\x81", 1},
+                        {"模型", 4}, {"█░", 2},  {"\xFF", 1}};
+    for (const auto& [text, columns] : rows)
+        EXPECT_EQ(Text::columns(text), columns) << text;
+}
+
+TEST(Text, whatIsTooWideIsCutWithAMark)
+{
+    struct Row {
+        const char* text;
+        std::size_t most;
+        const char* kept;
+    };
+    const Row rows[] = {{"abc", 3, "abc"},      {"abcd", 3, "ab…"},   {"模型模", 6, "模型模"},
+                        {"模型模", 5, "模型…"}, {"模型模", 4, "模…"}, {"abc", 1, "…"},
+                        {"abc", 0, ""}};
+    for (const auto& [text, most, kept] : rows)
+        EXPECT_EQ(Text::withinColumns(text, most), kept) << text << " " << most;
+}
+
 TEST(Text, whiteSpaceAndLineEndsGoAtBothEndsAndNowhereElse)
 {
     struct Row {

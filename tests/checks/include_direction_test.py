@@ -29,6 +29,13 @@ class IncludeDirection(unittest.TestCase):
     def test_a_seam_that_needs_qt_is_closed_to_the_core(self):
         self.assertEqual(len(breaches({"accounts/A.h": '#include "platform/HttpTransport.h"\n'})), 1)
 
+    def test_qt_by_a_detour_is_a_breach_where_a_program_is_to_have_none(self):
+        files = {"app/state/A.h": '#include "app/state/B.h"\n', "app/state/B.h": "#include <QObject>\n",
+                 "app/state/C.h": "", "status/sources/D.cpp": '#include "app/state/C.h"\n'}
+        self.assertEqual(breaches(files), [])
+        self.assertEqual(len(breaches({**files, "status/sources/E.cpp": '#include "app/state/A.h"\n'})), 1)
+        self.assertEqual(len(breaches({"cli/F.cpp": "#include <QString>\n"})), 1)
+
     def test_a_cycle_is_a_breach_however_long(self):
         found = breaches({"base/A.h": '#include "base/B.h"\n', "base/B.h": '#include "base/C.h"\n',
                           "base/C.h": '#include "base/A.h"\n'})

@@ -154,6 +154,49 @@ TEST_F(FindingsTest, theUsersOwnFilesAreRead)
     EXPECT_FALSE(findings.ownPresence);
 }
 
+TEST_F(FindingsTest, whatKeepsAnAccountOutOfSightIsTold)
+{
+    const std::string record = R"(":{"id":"aaaaaa","name":"A","order":0,"pinned":false,"tracked":)";
+    home.put("data/Vellumor/accounts.json",
+             R"({"schemaVersion":1,"accounts":{"/a)" + record + R"(true},"/b)" + record +
+                 R"(false},"/c)" + record + R"(true,"removal":{"at":"2026-01-01T00:00:00Z"}}}})");
+    EXPECT_EQ(gather().wishes,
+              (std::map<std::string, std::string>{
+                  {"/a", ""}, {"/b", "not tracked"}, {"/c", "removed by the user"}}));
+}
+
+TEST_F(FindingsTest, theLastReportsOfCrashesAreReadWithWhatBecameOfThem)
+{
+    const auto report = [](const std::string& incident) {
+        return R"({"incident_id":")" + incident + "\"}\n{\"exception\":{}}";
+    };
+    for (int i = 10; i < 32; ++i)
+        home.put("data/Vellumor/DiagnosticReports/Vellumor-" + std::to_string(i) + ".ips",
+                 report(std::to_string(i)));
+    home.put("data/Vellumor/DiagnosticReports/Vellumor-30.ips", "broken");
+    home.put("data/Vellumor/crash-state.json",
+             R"({"consumedIncidents":["29"],"lastReportedDay":{}})");
+    const KnownCrashes known = gather().crashes;
+    EXPECT_EQ(known.reportCount, 22U);
+    ASSERT_EQ(known.crashes.size(), 19U); // of the last twenty
+    EXPECT_EQ(known.crashes[0].digest.incidentID, "31");
+    EXPECT_FALSE(known.crashes[0].isReported);
+    EXPECT_EQ(known.crashes[1].digest.incidentID, "29");
+    EXPECT_TRUE(known.crashes[1].isReported);
+}
+
+TEST_F(FindingsTest, telemetryIsReadAsItsFileStands)
+{
+    EXPECT_FALSE(gather().telemetry);
+    home.put("data/Vellumor/telemetry.json",
+             R"({"schemaVersion":2,"installID":"inst_1","diagnosticsEnabled":false})");
+    const std::string line = gather().telemetry.value_or("");
+    EXPECT_NE(line.find("inst_1"), std::string::npos) << line;
+    const std::string broken = home.put("data/Vellumor/telemetry.json", "broken");
+    EXPECT_EQ(gather().telemetry, "unreadable, to be replaced at the next start");
+    EXPECT_EQ(test::contentsOf(broken), "broken");
+}
+
 TEST_F(FindingsTest, theEnvironmentDecidesFirstWhetherTheFlowIsShown)
 {
     home.put("data/Vellumor/onboarding.json", R"({"schemaVersion":1,"completedVersion":1})");

@@ -19,9 +19,9 @@ TEST(ReportText, theBannerNamesTheVersion)
 
 TEST(ReportText, sectionsWithNothingToTellSaySo)
 {
-    EXPECT_EQ(ReportText::noCrashes("~/reports"),
+    EXPECT_EQ(ReportText::crashes({}, "/home/ann/reports", redaction),
               "crash  : no crash reports on disk (~/reports)\n");
-    EXPECT_EQ(ReportText::noTelemetry(), "Telemetry: not written yet\n");
+    EXPECT_EQ(ReportText::telemetry(std::nullopt, redaction), "Telemetry: not written yet\n");
     EXPECT_EQ(ReportText::presence(std::nullopt, std::nullopt, redaction),
               "Presence:  vellumor=no · ostrelline installed=no\n");
     EXPECT_EQ(ReportText::caches({}, now, redaction), "    cache    : shared (none yet)\n"
@@ -29,6 +29,34 @@ TEST(ReportText, sectionsWithNothingToTellSaySo)
                                                       "    anchors  : (none learned yet)\n");
     EXPECT_EQ(ReportText::rateLimitLog({}, redaction),
               "429 log:  empty — no 429 ever observed on this install\n");
+}
+
+TEST(ReportText, eachCrashThatCanBeReadIsToldWithWhatBecameOfIt)
+{
+    CrashDigest digest;
+    digest.signature = "0a1b2c3d";
+    digest.area = "poller";
+    digest.crashedVersion = "1.0.0 of ann@example.org";
+    digest.uptime = "short";
+    KnownCrashes known{3, {{digest, false}}};
+    digest.crashedVersion = "unknown";
+    known.crashes.push_back({digest, true});
+    EXPECT_EQ(ReportText::crashes(known, "/home/ann/reports", redaction),
+              "crash  : 3 report(s) on disk\n"
+              "    unreported sig=0a1b2c3d area=poller v=1.0.0 of … uptime=short\n"
+              "    already reported sig=0a1b2c3d area=poller v=unknown uptime=short\n");
+}
+
+TEST(ReportText, telemetryTellsItsLine)
+{
+    EXPECT_EQ(ReportText::telemetry("diagnostics=on since 2026", redaction),
+              "Telemetry: diagnostics=on since 2026\n");
+}
+
+TEST(ReportText, theTitleOfAnAccountTellsWhyItIsOutOfSight)
+{
+    EXPECT_EQ(ReportText::title("/a", ""), "/a");
+    EXPECT_EQ(ReportText::title("/a", "not tracked"), "/a · not tracked");
 }
 
 TEST(ReportText, theSharedCacheTellsItsAgeItsWindowsAndARunningWait)

@@ -10,6 +10,7 @@
 #include <bit>
 #include <charconv>
 #include <clocale>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -254,13 +255,22 @@ TEST(HistoryExport, samplesAndReceiptsReadBackAsTheyWere)
 
 TEST(HistoryExport, whatJsonHasNoTextForIsNotExported)
 {
-    constexpr double infinite = std::numeric_limits<double>::infinity();
     EXPECT_EQ(HistoryExport::json("\xFF", {}, {}, start), std::nullopt);
     EXPECT_EQ(HistoryExport::json("Work", {{start, {{"\xFF", 1}}}}, {}, start), std::nullopt);
-    EXPECT_EQ(HistoryExport::json("Work", {{start, {{"k", infinite}}}}, {}, start), std::nullopt);
-    WeeklyReceipt odd = receipt();
-    odd.coveragePercent = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(HistoryExport::json("Work", {}, {odd}, start), std::nullopt);
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    for (const double number : {infinite, -infinite, std::nan("")}) {
+        SCOPED_TRACE(number);
+        // In the last one of several, behind one that can be told.
+        const UsageSamples samples = {{start, {{"k", 1}}},
+                                      {start + 1min, {{"a", 2}, {"k", number}}}};
+        EXPECT_EQ(HistoryExport::json("Work", samples, {}, start), std::nullopt);
+        WeeklyReceipt watched = receipt();
+        watched.coveragePercent = number;
+        EXPECT_EQ(HistoryExport::json("Work", {}, {receipt(), watched}, start), std::nullopt);
+        WeeklyReceipt peaked = receipt();
+        peaked.windows.back().peakPercent = number;
+        EXPECT_EQ(HistoryExport::json("Work", {}, {receipt(), peaked}, start), std::nullopt);
+    }
 }
 
 TEST(HistoryExport, theFileIsNamedAfterTheAccountAndTheDay)

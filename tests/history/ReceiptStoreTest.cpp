@@ -154,6 +154,18 @@ TEST_F(ReceiptStoreTest, receiptsAreLoadedByTheEndOfTheirWeek)
               (std::vector<Instant>{now - 5 * week, now - 3 * week, now - week, now - 4 * week}));
 }
 
+TEST(ReceiptStore, aWeekIsAmongReceiptsWhoseEndIsLessThanAMinuteAway)
+{
+    const WeeklyReceipts receipts = {receipt(now - week), receipt(now)};
+    const std::pair<std::chrono::microseconds, bool> rows[] = {
+        {0us, true},   {59'999'999us, true}, {-59'999'999us, true},
+        {60s, false},  {-60s, false},        {week, false},
+        {-week, true}, {-week - 30s, true},  {-week / 2, false}};
+    for (const auto& [moved, isThere] : rows)
+        EXPECT_EQ(ReceiptStore::hasWeek(receipts, now + moved), isThere) << moved.count();
+    EXPECT_FALSE(ReceiptStore::hasWeek({}, now));
+}
+
 TEST_F(ReceiptStoreTest, aWeekThatEndsLessThanAMinuteAwayIsThereAlready)
 {
     store.append(receipt(now), "/a", now);

@@ -114,6 +114,32 @@ TEST(Sparkline, aSpacingOfExactlyTheThresholdIsNoHoleAndAMicrosecondMoreIsOne)
     EXPECT_EQ(sizesOf(Sparkline::runs(samples, "session")), (std::vector<std::size_t>{4, 1}));
 }
 
+TEST(Sparkline, aHoleEndsWhereANewRunBegins)
+{
+    using Holes = std::vector<std::size_t>;
+    const std::pair<std::vector<int>, Holes> rows[] = {
+        {{}, {}},
+        {{5}, {}},
+        {{0, 9000}, {}},
+        {{0, 54, 120, 174, 240}, {}}, // a tenth more or less
+        {{0, 60, 120, 3720, 3780, 3840}, {3}},
+        {{0, 3600, 3660, 3720, 3780}, {1}}, // the first spacing is none to judge by
+        {{0, 60, 120, 240, 300}, {}},       // exactly twice
+        {{0, 60, 120, 241, 301}, {3}},      // and more
+        {{0, 1, 2, 902, 1802, 2702, 4503}, {6}},
+        {{0, 60, 0, 60, 0, 3600}, {5}}, // spacings below zero do not count
+        {{5, 5, 5, 5}, {}},
+        {{9, 6, 3}, {}},
+    };
+    for (const auto& [seconds, holes] : rows) {
+        SCOPED_TRACE(testing::PrintToString(seconds));
+        std::vector<Instant> moments;
+        for (const int second : seconds)
+            moments.push_back(start + std::chrono::seconds(second));
+        EXPECT_EQ(Sparkline::holes(moments), holes);
+    }
+}
+
 TEST(Sparkline, aRunHoldsItsPointsWithTheirPercents)
 {
     const UsageSamples samples = {session(0s, 10),   weekly(30s, 99),    session(60s, 120),

@@ -16,7 +16,7 @@ namespace vellumor::test {
 // The real calls, recorded in order. One chosen call of a kind fails instead of being made.
 class FailingFileCalls final : public FileCalls {
 public:
-    enum class Call { none, create, write, fsync, rename };
+    enum class Call { none, create, write, fsync, rename, unlink };
 
     // Of the calls of this kind the n-th from now, counted from 1, fails with `error`.
     void failNext(Call call, int nth, int error)
@@ -30,7 +30,14 @@ public:
     // Called with the path of each file as soon as it was made.
     void onCreated(std::function<void(const std::string&)> then) { m_onCreated = std::move(then); }
 
-    // "create", "write", "fsync file", "fsync folder", "rename": what was asked, failed calls too.
+    // Called with the name of each entry that is about to be removed.
+    void beforeUnlink(std::function<void(const std::string&)> then)
+    {
+        m_beforeUnlink = std::move(then);
+    }
+
+    // "create", "write", "fsync file", "fsync folder", "rename", "unlink": what was asked, failed
+    // calls too.
     [[nodiscard]] const std::vector<std::string>& log() const { return m_log; }
     // The paths that were to be created.
     [[nodiscard]] const std::vector<std::string>& created() const { return m_created; }
@@ -65,6 +72,14 @@ public:
             return -1;
         return FileCalls::rename(from, to);
     }
+    [[nodiscard]] int unlinkat(int folder, const char* name, int flags) const override
+    {
+        if (m_beforeUnlink)
+            m_beforeUnlink(name);
+        if (isFailing(Call::unlink, "unlink"))
+            return -1;
+        return FileCalls::unlinkat(folder, name, flags);
+    }
 
 private:
     [[nodiscard]] bool isFailing(Call call, const char* name) const
@@ -80,6 +95,7 @@ private:
     int m_error = 0;
     std::size_t m_mostBytes = SIZE_MAX;
     std::function<void(const std::string&)> m_onCreated;
+    std::function<void(const std::string&)> m_beforeUnlink;
     mutable int m_left = 0; // the calls of the seam are const
     mutable std::vector<std::string> m_log;
     mutable std::vector<std::string> m_created;

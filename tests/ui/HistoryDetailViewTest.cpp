@@ -6,6 +6,7 @@
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QVBoxLayout>
 
 #include <gtest/gtest.h>
@@ -41,11 +42,12 @@ HistoryContent fullContent()
     content.strip = {{0.25, 0.75}};
     content.coverage = "Watched ~50% of the last 7 days";
     content.facts = {{"Session:", "Peak 93% · Fri 4:30 PM"}, {"Weekly:", "Peak 71% · Sat 1:05 AM"}};
-    content.receipt = {"Last week · Nov 7 – Nov 14",
-                       "Watched ~87% of the week",
-                       {"Session: Peak 99% · Sat 4:30 PM", "Weekly: Peak 70% · Sun 4:30 PM"},
-                       "Weekly peak 70% vs 22% the week before",
-                       "the whole summary"};
+    content.receipt = {
+        "Last week · Nov 7 – Nov 14",
+        "Watched ~87% of the week",
+        {{"Session:", "Peak 99% · Sat 4:30 PM"}, {"Weekly:", "Peak 70% · Sun 4:30 PM"}},
+        "Weekly peak 70% vs 22% the week before",
+        "the whole summary"};
     return content;
 }
 
@@ -152,8 +154,8 @@ TEST_F(HistoryDetailViewTest, everythingStandsInItsOrder)
               (Texts{"ada", "History", "Weekly", "Weekly (Opus)", tooLittle,
                      "Watched ~50% of the last 7 days", "Session:", "Peak 93% · Fri 4:30 PM",
                      "Weekly:", "Peak 71% · Sat 1:05 AM", "Last week · Nov 7 – Nov 14",
-                     "Watched ~87% of the week", "Session: Peak 99% · Sat 4:30 PM",
-                     "Weekly: Peak 70% · Sun 4:30 PM", "Weekly peak 70% vs 22% the week before"}));
+                     "Watched ~87% of the week", "Session:", "Peak 99% · Sat 4:30 PM", "Weekly:",
+                     "Peak 70% · Sun 4:30 PM", "Weekly peak 70% vs 22% the week before"}));
     const auto y = [&](const char* name) { return placeOf(named(name).at(0)).y(); };
     EXPECT_LT(y("Weekly"), y(chartName));
     EXPECT_LT(y(chartName), y("Weekly (Opus)"));
@@ -265,7 +267,7 @@ TEST_F(HistoryDetailViewTest, longNamesStayInside)
     content.name = content.coverage = endless;
     content.charts = {chart(endless), chart(endless, false)};
     content.facts = {{endless, endless}, {"Weekly:", endless}, {endless, "Peak 93%"}};
-    content.receipt = {endless, endless, {endless, endless}, endless, endless};
+    content.receipt = {endless, endless, {{endless, endless}}, endless, endless};
     show(content);
     expectEverythingInside();
     for (const PlainText* text : shown<PlainText>()) {
@@ -279,6 +281,7 @@ TEST_F(HistoryDetailViewTest, aUsualFactIsShownAsAWhole)
 {
     HistoryContent content = fullContent();
     content.facts = {{"Weekly (Opus):", "Peak 100% · Wed 12:30 PM · At least 2 resets seen"}};
+    content.receipt.rows.clear();
     show(content);
     int facts = 0;
     for (const PlainText* text : shown<PlainText>()) {
@@ -289,6 +292,47 @@ TEST_F(HistoryDetailViewTest, aUsualFactIsShownAsAWhole)
         EXPECT_EQ(text->height(), text->heightForWidth(text->width()));
     }
     EXPECT_EQ(facts, 2);
+}
+
+// They are read down as well as across.
+TEST_F(HistoryDetailViewTest, theFactsOfBothBlocksBeginAtOnePlace)
+{
+    HistoryContent content = fullContent();
+    content.facts[0].title = "Weekly (Sonnet):";
+    for (const std::string& title : {std::string("Session:"), std::string(300, 'm')}) {
+        content.receipt.rows[0].title = title;
+        show(content);
+        std::vector<int> places;
+        for (const PlainText* text : shown<PlainText>()) {
+            if (text->text().startsWith("Peak"))
+                places.push_back(placeOf(text).x());
+        }
+        ASSERT_EQ(places.size(), 4U);
+        EXPECT_EQ(std::ranges::count(places, places[0]), 4) << title;
+        EXPECT_GT(places[0], 0);
+    }
+}
+
+TEST_F(HistoryDetailViewTest, copyingBelongsToTheReceiptAndTheExportsStandAlone)
+{
+    show(fullContent());
+    const auto box = [&](const char* name) {
+        return QRect(placeOf(named(name).at(0)), named(name).at(0)->size());
+    };
+    EXPECT_GT(box("Copy summary").top(), box("Weekly peak 70% vs 22% the week before").bottom());
+    EXPECT_GT(box("Export CSV").top(), box("Copy summary").bottom());
+    EXPECT_EQ(box("Export CSV").top(), box("Export JSON").top());
+    EXPECT_EQ(box("Export CSV").left(), box("Copy summary").left());
+}
+
+TEST_F(HistoryDetailViewTest, enterPressesAButtonToo)
+{
+    show(fullContent());
+    for (QAbstractButton* button : shown<QAbstractButton>()) {
+        QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QCoreApplication::sendEvent(button, &enter);
+    }
+    EXPECT_EQ(pressed, (Texts{"back", "copy the whole summary", "export csv", "export json"}));
 }
 
 TEST_F(HistoryDetailViewTest, markupInANameStaysText)

@@ -49,6 +49,34 @@ TEST(PlainText, aTextThatFitsHasNoTooltip)
     EXPECT_EQ(tipAt(text, 10), "");
 }
 
+// "Peak 37% · Wed 18:51 ·" and "At least 1 reset seen", not "… At least 1 reset" and "seen".
+TEST(PlainText, aLineEndsBetweenPartsRatherThanWithinOne)
+{
+    const std::string parts = "aaaa aaaa · bbbb bbbb";
+    PlainText text(nullptr, 2);
+    text.setPlainText(parts);
+    PlainText first(nullptr);
+    first.setPlainText("aaaa aaaa · bbbb");
+    const int width = first.sizeHint().width() + 2; // one word more would not fit
+    ASSERT_EQ(linesAt(text, width), 2);
+    const QImage picture = drawn(text, width);
+    text.setPlainText("aaaa aaaa · bbbbbbbb"); // breaks there in any case
+    const QImage begin = drawn(text, width).copy(0, 0, width, lineHeight(text));
+    EXPECT_EQ(picture.copy(0, 0, width, lineHeight(text)), begin);
+    text.setPlainText(parts);
+    EXPECT_EQ(text.text().toStdString(), parts);
+}
+
+// Four parts of which any two fit on a line take two lines, and three where whole parts take three.
+TEST(PlainText, wholePartsCostNoWord)
+{
+    PlainText text(nullptr, 2);
+    text.setPlainText("aaaa · bbbb bbbb bbbb · cccc cccc");
+    PlainText half(nullptr);
+    half.setPlainText("aaaa · bbbb bbbb bb");
+    EXPECT_EQ(tipAt(text, half.sizeHint().width()), "");
+}
+
 TEST(PlainText, aTextThatIsCutOffIsWholeInItsTooltip)
 {
     PlainText text(nullptr);

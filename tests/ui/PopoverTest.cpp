@@ -7,6 +7,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QKeyEvent>
 #include <QScreen>
 #include <qtestsupport_core.h>
@@ -63,10 +64,26 @@ struct PopoverTest : test::AppStateTesting {
             return each->isVisible() && each->text() == text;
         });
     }
+    // By way of the dialog, which takes the focus.
+    static void exportTo(const QString& path)
+    {
+        const auto dialog = [] {
+            const auto windows = QApplication::topLevelWidgets();
+            const auto found = std::ranges::find_if(windows, [](const QWidget* window) {
+                return window->isVisible() && qobject_cast<const QFileDialog*>(window) != nullptr;
+            });
+            return found == windows.end() ? nullptr : qobject_cast<QFileDialog*>(*found);
+        };
+        press("Export CSV");
+        ASSERT_TRUE(QTest::qWaitFor([&] { return dialog() != nullptr; }, 20000));
+        ASSERT_TRUE(QTest::qWaitFor([] { return view() == nullptr; }, 20000));
+        emit dialog()->fileSelected(path);
+        dialog()->close();
+    }
     static void press(const QString& name)
     {
         for (auto* const button : view()->findChildren<QAbstractButton*>()) {
-            if (button->accessibleName() == name)
+            if (button->accessibleName() == name || button->text() == name)
                 return button->click();
         }
         FAIL() << name.toStdString();
@@ -276,6 +293,41 @@ TEST_F(PopoverTest, anAccountsHistoryTakesThePlaceOfTheListUntilBackIsPressed)
     EXPECT_FALSE(says("History"));
     EXPECT_TRUE(says("bob"));
     EXPECT_TRUE(says("Updated just now"));
+}
+
+TEST_F(PopoverTest, anExportThatFailsIsToldAboveTheHistoryUntilItIsDismissed)
+{
+    add("ada");
+    rescan();
+    settle();
+    open();
+    press("History for ada");
+    exportTo("/nonexistent/folder/a.csv");
+    ASSERT_TRUE(QTest::qWaitFor([] { return view() != nullptr; }, 20000));
+    const auto* const told = "The export could not be written: No such file or directory";
+    EXPECT_TRUE(says(told));
+    EXPECT_TRUE(says("Watched ~0% of the last 7 days"));
+    clock.advance(seconds(1));
+    EXPECT_TRUE(says(told));
+    const int height = view()->height();
+    press("Dismiss");
+    EXPECT_FALSE(says(told));
+    EXPECT_LT(view()->height(), height);
+    EXPECT_TRUE(says("Watched ~0% of the last 7 days"));
+}
+
+TEST_F(PopoverTest, aFailureThatWasSeenIsNotToldAgain)
+{
+    add("ada");
+    rescan();
+    settle();
+    open();
+    press("History for ada");
+    exportTo("/nonexistent/folder/a.csv");
+    ASSERT_TRUE(QTest::qWaitFor([] { return view() != nullptr; }, 20000));
+    popover.performClose();
+    open();
+    EXPECT_FALSE(says("The export could not be written: No such file or directory"));
 }
 
 TEST_F(PopoverTest, theControlsAndTheMenusShortcutsReachTheProgram)

@@ -10,7 +10,8 @@ from shots import Shots
 from worlds import WORLDS
 
 # World, scale, size of the letters. The longest ones first.
-SHOTS = [("notes", 2, 1), ("notes", 1, 1), ("four", 1, 1), ("four", 2, 1), ("long", 1, 1), ("long", 2, 1),
+SHOTS = [("notes", 2, 1), ("notes", 1, 1), ("histories", 2, 1), ("histories", 1, 1),
+         ("histories", 1, 1.5), ("four", 1, 1), ("four", 2, 1), ("long", 1, 1), ("long", 2, 1),
          ("four", 1, 1.5), ("empty", 1, 1), ("empty", 2, 1), ("offline", 1, 1)]
 LABELLED = [("four", 1, 1), ("four", 2, 1)]  # these show the panel too
 AT_ONCE = 4

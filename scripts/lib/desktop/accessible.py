@@ -34,8 +34,13 @@ class Node:
     @property
     def text(self):
         """Its name, or what is written in it."""
-        if self.name or "Text" not in self._accessible.get_interfaces():
-            return self.name
+        return self.name or self.written
+
+    @property
+    def written(self):
+        """What stands in a field, whatever it is called."""
+        if "Text" not in self._accessible.get_interfaces():
+            return ""
         return Atspi.Text.get_text(self._accessible, 0, -1)
 
     @property
@@ -74,6 +79,10 @@ class Node:
 
     def focused(self):
         return next((node for node in self.below() if node.is_focused), None)
+
+    def focus(self):
+        if not Atspi.Component.grab_focus(self._accessible):
+            raise Missing(f"{self.name} does not take the focus")
 
     def texts(self):
         return [text for node in self.below() if (text := node.text)]

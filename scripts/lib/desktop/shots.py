@@ -13,7 +13,7 @@ LABELS = {
     "two-numbers": {"menuBarMode": "numbers", "menuBarDualBars": True},
 }
 SCHEMES = {"dark": True, "light": False}
-HEIGHTS = {"notes": 2000}  # of the screen, so that all of it is to be seen
+HEIGHTS = {"notes": 2000, "histories": 1600}  # of the screen, so that all of it is to be seen
 FIRST_ROUND = 60.0  # seconds: two for each account, and what they take
 PROGRAM = "vellumor"
 
@@ -70,10 +70,20 @@ class Shots:
             wait_until(lambda: accessible.quietly(lambda: not missing()), "the popover's content")
         except Missing:
             raise Missing(f"not what is to be seen of {missing()}") from None
+        if self.world != "histories":
+            self._in_both_schemes(f"popover-{self.world}")
+            return
+        for account in world.accounts:
+            accessible.window(PROGRAM, "Vellumor").press(f"History for {account.name}")
+            wait_until(lambda: "History" in accessible.window(PROGRAM, "Vellumor").texts(), "a history")
+            self._in_both_schemes(f"history-{account.folder}")
+            accessible.window(PROGRAM, "Vellumor").press("Back")
+
+    def _in_both_schemes(self, name):
         for scheme, is_dark in SCHEMES.items():
             self.desktop.set_dark(is_dark)
             wait_until(lambda is_dark=is_dark: self._is_popover_dark() == is_dark, f"a {scheme} popover")
-            self.camera.take(f"popover-{self.world}-{scheme}-{self.kind}", self._popover_and_panel())
+            self.camera.take(f"{name}-{scheme}-{self.kind}", self._popover_and_panel())
 
     def _has_been_looked_after(self, accounts):
         """Each once; the last of them are those whose sign-in must be renewed."""

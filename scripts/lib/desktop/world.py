@@ -75,6 +75,8 @@ class Account:
     age: float = 2400.0
     waits: float = 0.0  # seconds until the endpoint may be asked again
     has_history: bool = False
+    samples: tuple = ()  # in the place of that history
+    receipts: tuple = ()
     is_pinned: bool = True
     shows: str = ""
 
@@ -144,8 +146,12 @@ class World:
         if account.known:
             self._put_json(f".local/share/Quorle/usage-cache/{self._hash(account)}.json",
                            self._cached(account, with_wait=True))
-        if account.has_history:
-            self._put_json(f".local/share/Vellumor/history/{self._hash(account)}.json", self._history(account))
+        samples = account.samples or (self._history(account) if account.has_history else ())
+        if samples:
+            self._put_json(f".local/share/Vellumor/history/{self._hash(account)}.json", samples)
+        if account.receipts:
+            self._put_json(f".local/share/Vellumor/receipts/{self._hash(account)}.json",
+                           {"schemaVersion": 1, "receipts": account.receipts})
 
     def _hash(self, account):
         return hashlib.sha256(self.directory(account).encode()).hexdigest()[:8]

@@ -1,4 +1,5 @@
 """The homes that are shown and photographed, by name: each a list of accounts."""
+from histories import Week, by_day_alone, receipt
 from world import CREDITS, DAY, HOUR, Account, reading, session, weekly, window
 
 MINUTE = 60.0
@@ -80,4 +81,19 @@ def many(count=40):
             for number in range(count)]
 
 
-WORLDS = {world.__name__: world for world in (four, empty, notes, offline, long, many)}
+def histories():
+    """Whose history is shown, each in its turn: of nothing, of a day, of a week with all that may be in one."""
+    day = Week(["session", "weekly_all"], days=0.9, reset_ago=4.2 * DAY)
+    week = Week(["session", "weekly_all"], is_watched=by_day_alone)
+    full = Week(["session", "weekly_all", "weekly_scoped", "seven_day_sonnet"], is_watched=by_day_alone, pace=1.7)
+    before = receipt(9.6 * DAY, 64.0, {"session": 71.0, "weekly_all": 55.0}, resets=7)
+    last = receipt(2.6 * DAY, 58.0, {"session": 97.0, "weekly_all": 70.0}, resets=9)
+    scoped = receipt(2.6 * DAY, 58.0, {"session": 100.0, "seven_day_sonnet": 34.0, "weekly_all": 93.0,
+                                       "weekly_scoped": 61.0}, resets=12)
+    return [Account("new", "New", known=(session(4), weekly(2)), age=90.0, waits=600.0),
+            Account("day", "One day", day.answer(), samples=day.samples),
+            Account("week", "Ana", week.answer(), samples=week.samples, receipts=(before, last)),
+            Account("three", LONG_NAME, full.answer("Opus"), samples=full.samples, receipts=(scoped,))]
+
+
+WORLDS = {world.__name__: world for world in (four, empty, notes, offline, long, many, histories)}

@@ -1,6 +1,7 @@
 #include "app/state/AppState.h"
 
 #include "app/state/AccountList.h"
+#include "app/state/OutcomeRecord.h"
 #include "app/state/Stagger.h"
 #include "async/Sleep.h"
 #include "base/Log.h"
@@ -33,6 +34,7 @@ AppState::AppState(Parts parts)
     , m_menuBarMode(m_parts.preferences.current().menuBarMode)
     , m_userInterval(m_parts.preferences.current().userInterval)
 {
+    m_parts.notifications.onDeliver = [this] { m_parts.telemetry.noteNotification(); };
 }
 
 // --- Who may be fetched -------------------------------------------------------------------------
@@ -244,6 +246,7 @@ void AppState::apply(const FetchOutcome& outcome, const std::string& id)
     else if (outcome.usage &&
              (outcome.source == UsageSource::endpoint || outcome.source == UsageSource::cli))
         m_parseFailStreak.erase(id);
+    recordOutcome(m_parts.telemetry, outcome);
     if (known != nullptr)
         tellOf(*known, outcome);
     m_notice.announce();

@@ -7,8 +7,10 @@
 #include "app/state/ChangeNotice.h"
 #include "async/Task.h"
 #include "notifications/NotificationManager.h"
+#include "store/DiskPath.h"
 #include "store/PollerHeartbeatStore.h"
 #include "store/PreferencesStore.h"
+#include "telemetry/TelemetryRecorder.h"
 #include "usage/UsagePipeline.h"
 #include "usage/UsageStores.h"
 
@@ -43,6 +45,9 @@ public:
         std::function<Task<std::set<std::string>>(std::vector<std::string> folders)>
             existingFolders;
         NotificationManager& notifications;
+        // Canonical or with a tilde.
+        std::function<Task<FolderState>(std::string typed)> examineFolder = {};
+        TelemetryRecorder& telemetry = TelemetryRecorder::none();
     };
 
     // Everything borrowed outlives it.
@@ -79,12 +84,15 @@ public:
     [[nodiscard]] Task<> upsertManual(std::string configDir,
                                       std::optional<std::string> serviceOverride);
     [[nodiscard]] Task<> setServiceOverride(std::string id, std::optional<std::string> service);
+    // Whether a folder that the user has typed can be added.
+    [[nodiscard]] Task<FolderState> examineFolder(std::string typed);
     void dismissNewAccounts();
     void setMenuBarMode(MenuBarMode mode);
     void setUserInterval(double seconds);
     // Any other setting: `change` works on a copy, which is saved.
     void updatePreferences(const std::function<void(Preferences&)>& change);
 
+    [[nodiscard]] Instant now() const { return m_parts.clock.now(); }
     [[nodiscard]] const std::vector<Account>& accounts() const { return m_accounts; }
     [[nodiscard]] const std::map<std::string, AccountUsageState>& states() const
     {
@@ -124,6 +132,11 @@ public:
     // The age of what is shown as a whole.
     [[nodiscard]] std::optional<Instant> dataUpdatedAt() const;
     [[nodiscard]] bool isRemoved(const std::string& configDir) const;
+    [[nodiscard]] std::vector<RemovedAccount>
+    removedAccounts(const AccountStore::NameOrder& byName) const
+    {
+        return m_parts.store.removedAccounts(byName);
+    }
 
 private:
     [[nodiscard]] const Account* account(const std::string& id) const;

@@ -34,13 +34,17 @@ WeeklyReceipts AppState::dueReceipts(const std::string& configDir, Instant now) 
     if (anchors == m_resetAnchorsByDir.end() || anchors->second.empty() ||
         history == m_historyByDir.end() || history->second->empty())
         return {};
-    const auto archived = m_receiptsByDir.find(configDir);
+    const auto found = m_receiptsByDir.find(configDir);
+    const WeeklyReceipts archived =
+        found != m_receiptsByDir.end() ? found->second : WeeklyReceipts();
     std::optional<Instant> lastArchivedEnd;
-    if (archived != m_receiptsByDir.end() && !archived->second.empty())
-        lastArchivedEnd = archived->second.back().weekEnd;
+    if (!archived.empty())
+        lastArchivedEnd = archived.back().weekEnd;
     WeeklyReceipts due;
     for (const TimeSpan& week :
          WeeklyReceipt::completedWeeks(anchors->second, lastArchivedEnd, *history->second, now)) {
+        if (ReceiptStore::hasWeek(archived, week.end))
+            continue; // by a sibling whose week ends some seconds earlier
         if (auto receipt = WeeklyReceipt::assemble(*history->second, week, now))
             due.push_back(*std::move(receipt));
     }

@@ -56,6 +56,7 @@ Task<> AppState::rescan()
     });
     m_lastFacts = std::move(result.facts);
     rederive(shared);
+    m_parts.telemetry.noteAccounts(m_accounts.size());
     noteNewAccounts();
     if (!m_accounts.empty() || m_parts.store.knownDirs().empty())
         co_await prune(looked);

@@ -58,6 +58,11 @@ Task<> AppState::setServiceOverride(std::string id, std::optional<std::string> s
     co_await rescan();
 }
 
+Task<FolderState> AppState::examineFolder(std::string typed)
+{
+    co_return co_await m_parts.examineFolder(std::move(typed));
+}
+
 void AppState::dismissNewAccounts()
 {
     m_newAccountNames.clear();

@@ -6,6 +6,7 @@
 
 #include <QCoroNetworkReply>
 #include <QDeadlineTimer>
+#include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -33,7 +34,9 @@ QByteArray bytesOf(std::string_view text)
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
-QNetworkRequest plainRequest(const QUrl& url, const HttpRequest& asked,
+using Headers = std::vector<std::pair<std::string, std::string>>;
+
+QNetworkRequest plainRequest(const QUrl& url, const Headers& headers,
                              const QtHttpTransport::Options& options)
 {
     QNetworkRequest request(url);
@@ -48,9 +51,45 @@ QNetworkRequest plainRequest(const QUrl& url, const HttpRequest& asked,
     request.setDecompressedSafetyCheckThreshold(-1);
     if (options.tls)
         request.setSslConfiguration(*options.tls);
-    for (const auto& [name, value] : asked.headers)
+    for (const auto& [name, value] : headers)
         request.setRawHeader(bytesOf(name), bytesOf(value));
     return request;
+}
+
+// A body that can be sent but once: Qt would send a POST again when the connection is closed
+// without an answer, and what it tells would count twice.
+class OnceOnly final : public QIODevice {
+public:
+    explicit OnceOnly(QByteArray bytes)
+        : m_bytes(std::move(bytes))
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+    [[nodiscard]] qint64 size() const override { return m_bytes.size(); }
+    bool reset() override { return false; }
+
+protected:
+    qint64 readData(char* into, qint64 most) override
+    {
+        const qint64 count = std::min(most, m_bytes.size() - m_taken);
+        std::copy_n(m_bytes.constData() + m_taken, count, into);
+        m_taken += count;
+        return count > 0 || most == 0 ? count : -1;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    QByteArray m_bytes;
+    qint64 m_taken = 0;
+};
+
+QNetworkReply* posted(QNetworkAccessManager& manager, const QNetworkRequest& request,
+                      std::string_view body)
+{
+    auto bytes = std::make_unique<OnceOnly>(bytesOf(body));
+    QNetworkReply* reply = manager.post(request, bytes.get());
+    bytes.release()->setParent(reply);
+    return reply;
 }
 
 // One request and its answer, kept until the answer has ended. Breaks it off by itself at a limit.
@@ -61,10 +100,19 @@ public:
         : m_options(options)
         , m_bearer(route.carriesToken() ? asked.bearer.view() : std::string_view())
     {
-        QNetworkRequest request = plainRequest(route.url(), asked, options);
+        QNetworkRequest request = plainRequest(route.url(), asked.headers, options);
         if (route.carriesToken())
             request.setRawHeader("Authorization", m_bearer.value());
         m_reply.reset(manager.get(request));
+        watchTime(deadline);
+        watchReply();
+    }
+    Hop(QNetworkAccessManager& manager, const HttpRoute& route, const HttpPost& asked,
+        const QtHttpTransport::Options& options, QDeadlineTimer deadline)
+        : m_options(options)
+        , m_bearer({})
+        , m_reply(posted(manager, plainRequest(route.url(), asked.headers, options), asked.body))
+    {
         watchTime(deadline);
         watchReply();
     }
@@ -122,6 +170,7 @@ private:
     {
         const auto moved = [this] { m_idle.start(); };
         QObject::connect(m_reply.get(), &QNetworkReply::requestSent, &m_idle, moved);
+        QObject::connect(m_reply.get(), &QNetworkReply::uploadProgress, &m_idle, moved);
         QObject::connect(m_reply.get(), &QNetworkReply::encrypted, &m_idle, moved);
         QObject::connect(m_reply.get(), &QNetworkReply::metaDataChanged, &m_idle, moved);
         QObject::connect(m_reply.get(), &QNetworkReply::readyRead, &m_idle, [this] {
@@ -222,7 +271,8 @@ Task<HttpAnswer> exchange(QPointer<QNetworkAccessManager> manager, QtHttpTranspo
         co_await hop.reply();
         HttpAnswer answer = hop.answer();
         const std::optional<QByteArray> location = hop.location();
-        if (answer.kind != HttpAnswer::Kind::answered || !location)
+        const bool isRefused = options.redirects == QtHttpTransport::Redirects::refuse;
+        if (answer.kind != HttpAnswer::Kind::answered || !location || isRefused)
             co_return answer;
         if (redirects == QtHttpTransport::maxRedirects)
             co_return failure("too many redirects");
@@ -231,6 +281,18 @@ Task<HttpAnswer> exchange(QPointer<QNetworkAccessManager> manager, QtHttpTranspo
             co_return failure("redirected to an address that is not one of http or https");
     }
     co_return failure("the program is ending");
+}
+
+// Once, wherever the answer may point.
+Task<HttpAnswer> send(QNetworkAccessManager& manager, QtHttpTransport::Options options,
+                      HttpPost request)
+{
+    const HttpRoute route(request.url, false);
+    if (!route.canBeAsked())
+        co_return failure("the address is not one of http or https");
+    Hop hop(manager, route, request, options, QDeadlineTimer(options.totalLimit));
+    co_await hop.reply();
+    co_return hop.answer();
 }
 
 } // namespace
@@ -257,6 +319,11 @@ QtHttpTransport::~QtHttpTransport()
 Task<HttpAnswer> QtHttpTransport::get(HttpRequest request)
 {
     return exchange(&manager(), m_options, std::move(request));
+}
+
+Task<HttpAnswer> QtHttpTransport::post(HttpPost request)
+{
+    return send(manager(), m_options, std::move(request));
 }
 
 QNetworkAccessManager& QtHttpTransport::manager()

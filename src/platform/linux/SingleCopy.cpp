@@ -74,7 +74,8 @@ SingleCopy::claim(std::function<void(const std::string& activationToken)> onActi
     }
     // The object stands before the name, so that whoever sees the name can call it.
     m_object = std::make_unique<ApplicationObject>(std::move(onActivate));
-    bus.registerObject(objectPath, m_object.get(), QDBusConnection::ExportScriptableSlots);
+    bus.registerObject(objectPath, m_object.get(),
+                       QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportAdaptors);
     if (bus.registerService(busName))
         return std::nullopt;
     bus.unregisterObject(objectPath);

@@ -3,6 +3,8 @@
 #include "history/HistoryFacts.h"
 
 #include <set>
+#include <string_view>
+#include <utility>
 
 namespace vellumor {
 
@@ -64,6 +66,13 @@ std::vector<HistoryFactRow> factRows(const UsageSamples& history,
     return rows;
 }
 
+// Its line in the summary, in two columns.
+HistoryFactRow receiptRow(const WeeklyReceipt::WindowFacts& facts, const ShortTime& shortTime)
+{
+    const std::string title = LimitWindow::title(facts.kind, std::nullopt) + ":";
+    return {title, WeeklyReceipt::windowLine(facts, shortTime).substr(title.size() + 1)};
+}
+
 ReceiptContent receiptContent(const std::string& name, const WeeklyReceipts& receipts,
                               const ShortTime& shortTime)
 {
@@ -76,7 +85,7 @@ ReceiptContent receiptContent(const std::string& name, const WeeklyReceipts& rec
     content.title = "Last week · " + HistoryFacts::weekSpan(latest.weekStart, latest.weekEnd);
     content.coverage = HistoryFacts::coverageLine(latest.coveragePercent / 100.0, "the week");
     for (const WeeklyReceipt::WindowFacts& facts : latest.windows)
-        content.rows.push_back(WeeklyReceipt::windowLine(facts, shortTime));
+        content.rows.push_back(receiptRow(facts, shortTime));
     if (receipts.size() > 1) {
         content.comparison =
             WeeklyReceipt::comparisonLine(latest, receipts[receipts.size() - 2]).value_or("");
@@ -97,10 +106,15 @@ HistoryContent HistoryContent::of(const Account& account, const UsageSamples& hi
     const auto kinds = kindsOf(history);
     HistoryContent content;
     content.name = account.displayName;
-    for (auto& [kind, title] : weeklyKinds(usage, kinds)) {
-        content.charts.push_back({kind, std::move(title),
-                                  HistoryChart::segments(history, kind, shown),
-                                  HistoryChart::resetTicks(history, kind, shown)});
+    const auto weekly = weeklyKinds(usage, kinds);
+    std::vector<std::string_view> names;
+    for (const auto& [kind, title] : weekly)
+        names.push_back(kind);
+    auto segments = HistoryChart::segmentsOfKinds(history, names, shown);
+    for (std::size_t i = 0; i < weekly.size(); ++i) {
+        const auto& [kind, title] = weekly[i];
+        content.charts.push_back(
+            {kind, title, std::move(segments[i]), HistoryChart::resetTicks(history, kind, shown)});
     }
     content.dayBoundaries = HistoryChart::dayBoundaries(shown);
     content.strip = HistoryCoverage::stripSegments(history, shown);

@@ -34,7 +34,7 @@ struct ReceiptContent {
     std::string
         title; // "Last week · Nov 7 – Nov 14"; the sentence in its place where there is none
     std::string coverage;
-    std::vector<std::string> rows;
+    std::vector<HistoryFactRow> rows;
     std::string comparison;
     std::string summary; // for the clipboard; empty where there is no receipt
 

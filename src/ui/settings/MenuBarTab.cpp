@@ -1,12 +1,8 @@
 #include "ui/settings/MenuBarTab.h"
 
-#include "ui/PlainText.h"
-#include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/SettingsForm.h"
 
-#include <QPointer>
 #include <QRadioButton>
-#include <QStyle>
-#include <QVBoxLayout>
 
 #include <array>
 
@@ -31,49 +27,25 @@ constexpr std::array rows = {
         "Percentage numbers for current session windows and the most constrained weekly windows."},
 };
 
-constexpr int mostLines = 3;
-
-// An ampersand alone would mark a key.
-QString buttonText(const char* title)
-{
-    return QString::fromUtf8(title).replace(u'&', QStringLiteral("&&"));
-}
-
 } // namespace
 
 MenuBarTab::MenuBarTab(AppState& appState)
-    : m_appState(appState)
+    : SettingsPage(appState)
 {
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    const int indent = style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth) +
-                       style()->pixelMetric(QStyle::PM_RadioButtonLabelSpacing);
-    const auto addText = [&](const char* text, int left) {
-        auto* const line = new PlainText(this, mostLines);
-        line->setPlainText(text);
-        line->setDimmed();
-        line->fixWidth(SettingsMetrics::contentWidth - left);
-        auto* const box = new QVBoxLayout;
-        box->setContentsMargins(left, 0, 0, 8);
-        box->addWidget(line);
-        column->addLayout(box);
-    };
+    SettingsForm form(this, {});
     for (const Row& row : rows) {
         auto* const button = new QRadioButton(buttonText(row.title), this);
         connect(button, &QRadioButton::clicked, this, [this, row] { choose(row.choice); });
+        button->setAccessibleName(QString::fromUtf8(row.title));
         button->setAccessibleDescription(QString::fromUtf8(row.description));
-        column->addWidget(button);
-        addText(row.description, indent);
+        form.add("", button);
+        form.help(*button, row.description);
+        form.gap();
         m_buttons[row.choice] = button;
     }
-    addText("Manage accounts pinned to the menu bar and their order, in the Accounts tab.", 0);
-    column->addStretch(1);
-    m_appState.observe([self = QPointer<MenuBarTab>(this)] {
-        if (self)
-            self->update();
-    });
-    update();
+    form.section();
+    form.note("Manage accounts pinned to the menu bar and their order, in the Accounts tab.");
+    form.end();
 }
 
 void MenuBarTab::choose(Choice choice)
@@ -84,7 +56,7 @@ void MenuBarTab::choose(Choice choice)
     });
 }
 
-void MenuBarTab::update()
+void MenuBarTab::refresh()
 {
     const Preferences& preferences = m_appState.preferences();
     m_buttons.at(MenuBarLabel::displayChoice(preferences.menuBarMode, preferences.menuBarDualBars))

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "app/state/AppState.h"
 #include "ui/model/MenuBarLabel.h"
-
-#include <QWidget>
+#include "ui/settings/SettingsPage.h"
 
 #include <map>
 
@@ -12,18 +10,19 @@ class QRadioButton;
 namespace vellumor {
 
 // What the panel shows of each account: one of four choices.
-class MenuBarTab final : public QWidget {
+class MenuBarTab final : public SettingsPage {
     Q_OBJECT
 
 public:
     // `appState` outlives it.
     explicit MenuBarTab(AppState& appState);
 
+protected:
+    void refresh() override;
+
 private:
     void choose(MenuBarLabel::MenuBarDisplayChoice choice);
-    void update();
 
-    AppState& m_appState;
     std::map<MenuBarLabel::MenuBarDisplayChoice, QRadioButton*> m_buttons;
 };
 

@@ -8,9 +8,11 @@
 namespace vellumor {
 
 // The tabs of the settings, in their order.
-enum class SettingsTab { menuBar, about };
+enum class SettingsTab { accounts, usage, menuBar, notifications, privacy, general, about };
 
-inline constexpr std::array allSettingsTabs = {SettingsTab::menuBar, SettingsTab::about};
+inline constexpr std::array allSettingsTabs = {
+    SettingsTab::accounts, SettingsTab::usage,   SettingsTab::menuBar, SettingsTab::notifications,
+    SettingsTab::privacy,  SettingsTab::general, SettingsTab::about};
 
 [[nodiscard]] std::string_view title(SettingsTab tab);
 [[nodiscard]] Symbols::Symbol symbol(SettingsTab tab);

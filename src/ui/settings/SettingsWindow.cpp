@@ -1,26 +1,29 @@
 #include "ui/settings/SettingsWindow.h"
 
 #include "ui/settings/AboutTab.h"
+#include "ui/settings/AccountsTab.h"
+#include "ui/settings/GeneralTab.h"
 #include "ui/settings/MenuBarTab.h"
+#include "ui/settings/NotificationsTab.h"
+#include "ui/settings/PrivacyTab.h"
 #include "ui/settings/SettingsMetrics.h"
 #include "ui/settings/TabBarButton.h"
+#include "ui/settings/UsageTab.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QScreen>
-#include <QStackedWidget>
 #include <QVBoxLayout>
 
 namespace vellumor {
 
 using SettingsMetrics::margin;
 
-SettingsWindow::SettingsWindow(AppState& appState)
+SettingsWindow::SettingsWindow(Parts parts)
     : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                            Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint)
-    , m_appState(appState)
-    , m_pages(new QStackedWidget(this))
+    , m_parts(std::move(parts))
 {
     setWindowTitle(QStringLiteral("Vellumor Settings"));
     setWindowIcon(QIcon::fromTheme(QStringLiteral("dev.quorle.vellumor"),
@@ -39,13 +42,15 @@ SettingsWindow::SettingsWindow(AppState& appState)
         connect(button, &QAbstractButton::clicked, this, [this, tab] { select(tab); });
         tabs->addWidget(button);
         group->addButton(button);
-        m_pages->addWidget(makeTab(tab));
-        m_buttons[tab] = button;
+        QWidget* const page = makeTab(tab);
+        page->setParent(this);
+        page->setFixedWidth(SettingsMetrics::contentWidth(font()));
+        m_tabs[tab] = {button, page};
     }
     tabs->addStretch(1);
     column->addLayout(tabs);
-    column->addWidget(m_pages);
-    m_pages->setFixedWidth(SettingsMetrics::contentWidth);
+    for (const auto& [tab, made] : m_tabs)
+        column->addWidget(made.page);
     select(allSettingsTabs.front());
     centre();
 }
@@ -60,18 +65,32 @@ void SettingsWindow::centre()
 
 QWidget* SettingsWindow::makeTab(SettingsTab tab)
 {
-    if (tab == SettingsTab::menuBar)
-        return new MenuBarTab(m_appState);
-    return makeAboutTab();
+    switch (tab) {
+    case SettingsTab::accounts:
+        return new AccountsTab(m_parts.appState, m_parts.actions);
+    case SettingsTab::usage:
+        return new UsageTab(m_parts.appState, m_parts.actions.chooseFile,
+                            [this] { m_parts.privacy.noteLocalOnly(); });
+    case SettingsTab::menuBar:
+        return new MenuBarTab(m_parts.appState);
+    case SettingsTab::notifications:
+        return new NotificationsTab(m_parts.appState, m_parts.notifications);
+    case SettingsTab::privacy:
+        return new PrivacyTab(m_parts.appState, m_parts.privacy, m_parts.actions);
+    case SettingsTab::general:
+        return new GeneralTab(m_parts.appState, m_parts.general, m_parts.actions);
+    case SettingsTab::about:
+        return new AboutTab(m_parts.appState, m_parts.about, m_parts.privacy, m_parts.actions);
+    }
+    return nullptr;
 }
 
+// The window is as high as the page that is shown.
 void SettingsWindow::select(SettingsTab tab)
 {
-    m_buttons.at(tab)->setChecked(true);
-    for (std::size_t i = 0; i < allSettingsTabs.size(); ++i) {
-        if (allSettingsTabs[i] == tab)
-            m_pages->setCurrentIndex(static_cast<int>(i));
-    }
+    m_tabs.at(tab).button->setChecked(true);
+    for (const auto& [each, parts] : m_tabs)
+        parts.page->setVisible(each == tab);
 }
 
 void SettingsWindow::bringToFront()

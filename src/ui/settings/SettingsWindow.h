@@ -1,13 +1,16 @@
 #pragma once
 
 #include "app/state/AppState.h"
+#include "platform/Notifications.h"
+#include "ui/model/settings/AboutModel.h"
+#include "ui/model/settings/GeneralModel.h"
+#include "ui/model/settings/PrivacyModel.h"
+#include "ui/settings/SettingsActions.h"
 #include "ui/settings/SettingsTab.h"
 
 #include <QWidget>
 
 #include <map>
-
-class QStackedWidget;
 
 namespace vellumor {
 
@@ -18,8 +21,17 @@ class SettingsWindow final : public QWidget {
     Q_OBJECT
 
 public:
-    // `appState` outlives it.
-    explicit SettingsWindow(AppState& appState);
+    struct Parts {
+        AppState& appState;
+        Notifications& notifications;
+        PrivacyModel& privacy;
+        GeneralModel& general;
+        AboutModel& about;
+        SettingsActions actions;
+    };
+
+    // What is borrowed outlives it.
+    explicit SettingsWindow(Parts parts);
 
     void select(SettingsTab tab);
     // With the focus on none of its controls.
@@ -29,9 +41,12 @@ private:
     [[nodiscard]] QWidget* makeTab(SettingsTab tab);
     void centre();
 
-    AppState& m_appState;
-    QStackedWidget* m_pages;
-    std::map<SettingsTab, TabBarButton*> m_buttons;
+    Parts m_parts;
+    struct Tab {
+        TabBarButton* button;
+        QWidget* page;
+    };
+    std::map<SettingsTab, Tab> m_tabs;
 };
 
 } // namespace vellumor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "accounts/ConfigDir.h"
 #include "app/state/AppState.h"
 #include "app/state/WatchedFileCalls.h"
 #include "base/Format.h"
@@ -37,10 +38,12 @@ struct AppWorld {
     int scans = 0;
     std::vector<DiscoveryInputs> asked; // of each scan
     std::vector<std::string> steps;     // "scan", "look", "identities", as the state asks for them
+    std::vector<std::string> examined;  // folders, as they were typed
     // Each holds back the next of its kind.
     Gate* scanGate = nullptr;
     Gate* lookGate = nullptr;
     Gate* identitiesGate = nullptr;
+    Gate* folderGate = nullptr;
     std::vector<std::string> delivered; // bodies of notifications
     NotificationManager notifications{
         {[this](const std::string&, const std::string& body) { delivered.push_back(body); },
@@ -48,7 +51,8 @@ struct AppWorld {
     AppState state{{clock, store, preferences, [this] { return loadShared(); }, pipeline, stores,
                     heartbeat, [this](DiscoveryInputs inputs) { return scan(std::move(inputs)); },
                     [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); },
-                    notifications}};
+                    notifications,
+                    [this](std::string typed) { return examine(std::move(typed)); }}};
 
     AppWorld() { others.results = {reading(40, clock.now())}; }
 
@@ -135,6 +139,13 @@ private:
         }
         co_await Through{std::exchange(lookGate, nullptr)};
         co_return there;
+    }
+    Task<FolderState> examine(std::string typed)
+    {
+        examined.push_back(typed);
+        const auto folder = DiskPath::folderState(ConfigDir::canonical(typed, home.path()));
+        co_await Through{std::exchange(folderGate, nullptr)};
+        co_return folder;
     }
     Task<SharedIdentities> loadShared()
     {

@@ -185,8 +185,8 @@ TEST(HistoryContent, theLastWeekIsToldInAFewLines)
     const auto told = of({}, {receipt(weekAgo, 62.5, 70.5, 1)}).receipt;
     EXPECT_EQ(told.title, "Last week · Nov 7 – Nov 14");
     EXPECT_EQ(told.coverage, "Watched ~63% of the week");
-    EXPECT_EQ(told.rows, (Texts{"Session: Peak 99% · Sat 4:30 PM · At least 4 resets seen",
-                                "Weekly: Peak 71% · Sun 4:30 PM · At least 1 reset seen"}));
+    EXPECT_EQ(told.rows, (Facts{{"Session:", "Peak 99% · Sat 4:30 PM · At least 4 resets seen"},
+                                {"Weekly:", "Peak 71% · Sun 4:30 PM · At least 1 reset seen"}}));
     EXPECT_EQ(told.comparison, "");
     EXPECT_EQ(told.summary, "ada — week Nov 7 – Nov 14\n"
                             "Watched ~63% of the week\n"

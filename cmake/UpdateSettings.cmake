@@ -1,0 +1,18 @@
+# A feed without its key, or the other way round, would be a program that never finds an update and does not say why.
+if(VELLUMOR_UPDATE_FEED OR VELLUMOR_UPDATE_KEY)
+    if(NOT VELLUMOR_UPDATE_FEED MATCHES "^https://[A-Za-z0-9.-]+(:[0-9]+)?/[A-Za-z0-9/._~-]*$")
+        message(FATAL_ERROR "VELLUMOR_UPDATE_FEED must be an address of https, with no query: \"${VELLUMOR_UPDATE_FEED}\"")
+    endif()
+    # 32 bytes are 43 characters and one that fills up.
+    if(NOT VELLUMOR_UPDATE_KEY MATCHES "^[A-Za-z0-9+/]+=$")
+        message(FATAL_ERROR "VELLUMOR_UPDATE_KEY must be what scripts/make-feed prints: \"${VELLUMOR_UPDATE_KEY}\"")
+    endif()
+    string(LENGTH "${VELLUMOR_UPDATE_KEY}" length)
+    if(NOT length EQUAL 44)
+        message(FATAL_ERROR "VELLUMOR_UPDATE_KEY must have 44 characters: \"${VELLUMOR_UPDATE_KEY}\"")
+    endif()
+    if(NOT VELLUMOR_WEBSITE MATCHES "^https://")
+        message(FATAL_ERROR "With a release feed VELLUMOR_WEBSITE must be of https: \"${VELLUMOR_WEBSITE}\"")
+    endif()
+    unset(length)
+endif()

@@ -1,0 +1,96 @@
+#include "cli/Printer.h"
+
+#include "base/Text.h"
+#include "status/StatusFields.h"
+#include "status/StatusJson.h"
+#include "status/StatusTable.h"
+#include "status/StatusWaybar.h"
+
+#include <langinfo.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <string_view>
+
+namespace vellumor {
+
+namespace {
+
+constexpr int usualWidth = 80;
+constexpr int widestSensible = 1000;
+
+int widthOf(const Environment& environment, bool isTerminal)
+{
+    winsize size{};
+    if (isTerminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    const std::string told = value(environment, "COLUMNS").value_or("");
+    int width = 0;
+    const auto read = std::from_chars(told.data(), told.data() + told.size(), width);
+    const bool isSensible = read.ec == std::errc() && width > 0 && width <= widestSensible;
+    return isSensible ? width : usualWidth;
+}
+
+bool hasColours(const Environment& environment, bool isTerminal)
+{
+    return isTerminal && !value(environment, "NO_COLOR") &&
+           value(environment, "TERM").value_or("") != "dumb";
+}
+
+StatusBar::Characters charactersOfLocale()
+{
+    const bool isUtf8 = std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0;
+    return isUtf8 ? StatusBar::Characters::blocks : StatusBar::Characters::ascii;
+}
+
+} // namespace
+
+Printer::Printer(CommandLine::Status wanted, const Environment& environment)
+    : m_wanted(std::move(wanted))
+    , m_isTerminal(::isatty(STDOUT_FILENO) == 1)
+    , m_hasColours(hasColours(environment, m_isTerminal))
+    , m_width(widthOf(environment, m_isTerminal))
+{
+}
+
+std::string Printer::table(const StatusReport& report, StatusOrigin origin, Instant now) const
+{
+    if (m_wanted.isWatching)
+        return StatusTable::line(report) + "\n";
+    return StatusTable::text(report, origin, now, {m_width, m_hasColours, charactersOfLocale()});
+}
+
+std::string Printer::textOf(const StatusReport& report, StatusOrigin origin, Instant now) const
+{
+    const auto layout = m_wanted.isWatching ? JsonLayout::compact : JsonLayout::pretty;
+    switch (m_wanted.form) {
+    case CommandLine::Form::json:
+        return StatusJson::text(report, origin, now, layout) + "\n";
+    case CommandLine::Form::waybar:
+        return StatusWaybar::line(report, origin, now) + "\n";
+    case CommandLine::Form::fields:
+        return StatusFields::text(report, m_wanted.format, m_wanted.separator, now) + "\n";
+    case CommandLine::Form::table:
+        break;
+    }
+    return table(report, origin, now);
+}
+
+bool Printer::write(const std::string& text)
+{
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+} // namespace vellumor

@@ -1,0 +1,9 @@
+#pragma once
+
+class QWidget;
+
+namespace vellumor {
+
+[[nodiscard]] QWidget* makeWelcomeStep();
+
+} // namespace vellumor

@@ -1,0 +1,17 @@
+#include "cli/DesktopProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace vellumor {
+namespace {
+
+TEST(DesktopProgram, itLiesInAFolderOfItsOwnUnderTheSameName)
+{
+    const std::filesystem::path path = DesktopProgram::pathBeside("/opt/some/bin/vellumor");
+    EXPECT_EQ(path.lexically_normal(), "/opt/some/libexec/vellumor/vellumor");
+}
+
+} // namespace
+} // namespace vellumor
