@@ -95,7 +95,7 @@ void HistoryChartView::paintEvent(QPaintEvent*)
     painter.setPen(QPen(faded(m_theme.dimmed, dayAlpha), hairline));
     for (const double day : m_days) {
         const double x = onPixel(day * width());
-        painter.drawLine(QPointF(x, 0), QPointF(x, height()));
+        painter.drawLine(QPointF(x, margin), QPointF(x, height() - margin));
     }
     for (const HistoryChart::Points& points : m_content.segments)
         paintSegment(painter, points);

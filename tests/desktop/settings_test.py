@@ -5,6 +5,7 @@ import shutil
 
 from case import SETTLED, DesktopTest, fresh, stays, wait_until
 
+TOGGLES = ("check box", "radio button")
 SPARE = fresh("spare", "Spare", 5)
 
 
@@ -44,7 +45,13 @@ class Settings(DesktopTest):
         return self.settings
 
     def toggle(self, name):
-        self.settings.press(name, ("check box", "radio button"))
+        wait_until(lambda: (node := self.settings.find(name, TOGGLES)) and node.is_enabled, f"{name} to be enabled")
+        self.settings.press(name, TOGGLES)
+
+    def click_on(self, node):
+        left, top, width, height = node.box
+        self.desktop.click(left + width // 2, top + height // 2)
+        self.assertTrue(stays(lambda: True, SETTLED))  # until what it opens has the keyboard
 
     def row(self, name):
         """The account's row, by its name."""
@@ -66,8 +73,8 @@ class Settings(DesktopTest):
         self.wait_for_preference("localCacheOnly", False)
         self.toggle("Revive expired sign-ins automatically")
         self.wait_for_preference("tokenRevivalEnabled", False)
-        self.settings.find("Refresh usage every").focus()
-        self.key("Home")
+        self.click_on(wait_until(lambda: self.settings.find("~30 minutes", ("combo box",)), "the list"))
+        self.key("Home", "Return")
         self.wait_for_preference("userInterval", 60)
         wait_until(lambda: any("refreshes every" in text for text in self.settings.texts()), "the note")
 
@@ -100,7 +107,7 @@ class Settings(DesktopTest):
     def test_privacy(self):
         self.tab("Privacy")
         identity = self.kept("telemetry.json")["installID"]
-        self.assertIn(identity, self.settings.texts())
+        wait_until(lambda: identity in self.settings.texts(), "the identity")
         self.toggle("Send anonymous diagnostics")
         wait_until(lambda: self.kept("telemetry.json")["diagnosticsEnabled"] is False, "the switch")
         self.toggle("Send anonymous product analytics")
@@ -118,7 +125,7 @@ class Settings(DesktopTest):
         self.assertIn("Exec=", autostart.read_text())
         self.toggle("Launch Vellumor at login")
         wait_until(lambda: not autostart.exists(), "its end")
-        self.assertIn("Updates are not set up in this build.", self.settings.texts())
+        wait_until(lambda: "Updates are not set up in this build." in self.settings.texts(), "the word on updates")
 
     def test_about_copies_the_details(self):
         self.tab("About")
@@ -177,13 +184,10 @@ class Settings(DesktopTest):
 
     def remove(self, name):
         self.row(name).press("More actions")
-        wait_until(lambda: self.window("Remove from Vellumor…") or self.menu_is_open(), "the menu")
+        self.assertTrue(stays(lambda: True, SETTLED))  # until the menu has the keyboard
         self.key("Down", "Return")
         question = wait_until(lambda: self.window("Remove from Vellumor"), "the question")
         question.press("Remove")
-
-    def menu_is_open(self):
-        return stays(lambda: True, SETTLED)
 
     def test_a_removed_account_comes_back_as_it_was(self):
         before = self.record("work")
@@ -198,7 +202,7 @@ class Settings(DesktopTest):
         elsewhere = self.desktop.folder / "elsewhere"
         self.world.add(SPARE)
         shutil.move(f"{self.home}/.claude-spare", elsewhere)
-        self.settings.press("Add Account Manually", ("push button", "button menu"))
+        self.click_on(self.settings.find("Add Account Manually"))
         self.key("Down", "Return")
         sheet = wait_until(lambda: self.window("Add an existing account"), "the sheet")
         field = sheet.find("Config directory (e.g. ~/.claude-work)")
@@ -224,6 +228,7 @@ class Settings(DesktopTest):
         self.settings.press("Delete All Data…")
         question = wait_until(lambda: self.window("Delete all Quorle data?"), "the question")
         question.press("Cancel")
+        wait_until(lambda: not self.window("Delete all Quorle data?"), "the end of the question")
         self.assertTrue((self.world.data / "Vellumor").exists())
         self.settings.press("Delete All Data…")
         wait_until(lambda: self.window("Delete all Quorle data?"), "the question").press("Delete and Quit")

@@ -54,6 +54,10 @@ class Node:
         return self._has(Atspi.StateType.SHOWING)
 
     @property
+    def is_enabled(self):
+        return self._has(Atspi.StateType.ENABLED)
+
+    @property
     def is_focused(self):
         return self._has(Atspi.StateType.FOCUSED)
 

@@ -7,6 +7,7 @@
 #include "ui/onboarding/OnboardingMetrics.h"
 #include "ui/settings/SettingsForm.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 
 #include <QCheckBox>
 #include <QPointer>
@@ -39,10 +40,10 @@ DisclosureStep::DisclosureStep(AppState& appState, PrivacyModel& privacy)
     m_diagnostics = addToggle(PrivacyModel::diagnosticsTitle, PrivacyModel::diagnosticsHelp);
     m_analytics = addToggle(PrivacyModel::analyticsTitle, PrivacyModel::analyticsHelp);
     m_column->addStretch(1);
-    connect(m_localOnly, &QCheckBox::clicked, this, &DisclosureStep::setLocalOnly);
-    connect(m_diagnostics, &QCheckBox::clicked, this,
+    connect(m_localOnly, &QCheckBox::toggled, this, &DisclosureStep::setLocalOnly);
+    connect(m_diagnostics, &QCheckBox::toggled, this,
             [this](bool on) { m_privacy.setDiagnosticsEnabled(on); });
-    connect(m_analytics, &QCheckBox::clicked, this,
+    connect(m_analytics, &QCheckBox::toggled, this,
             [this](bool on) { m_privacy.setProductAnalyticsEnabled(on); });
     m_privacy.observe([self = QPointer<DisclosureStep>(this)] {
         if (self && self->isVisible())
@@ -97,9 +98,9 @@ void DisclosureStep::setLocalOnly(bool on)
 
 void DisclosureStep::refresh()
 {
-    m_localOnly->setChecked(m_appState.preferences().localCacheOnly);
-    m_diagnostics->setChecked(m_privacy.diagnosticsEnabled());
-    m_analytics->setChecked(m_privacy.productAnalyticsEnabled());
+    showChecked(*m_localOnly, m_appState.preferences().localCacheOnly);
+    showChecked(*m_diagnostics, m_privacy.diagnosticsEnabled());
+    showChecked(*m_analytics, m_privacy.productAnalyticsEnabled());
 }
 
 } // namespace vellumor

@@ -153,6 +153,7 @@ void AboutTab::refresh()
     m_instructions->setPlainText(content.instructions);
     m_instructions->fixWidth(contentWidth(font()));
     m_instructions->setVisible(!content.instructions.empty());
+    m_copy->setEnabled(content.canCopy);
     m_crossPromo->setVisible(content.showsCrossPromo);
 }
 

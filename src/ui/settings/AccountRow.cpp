@@ -7,6 +7,7 @@
 #include "ui/Theme.h"
 #include "ui/settings/DragHandle.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -57,7 +58,7 @@ AccountRow::AccountRow(QWidget* parent)
     Accessibility::setRole(*this, QAccessible::Grouping);
     makeControls();
     makeService();
-    connect(m_tracked, &QCheckBox::clicked, this, &AccountRow::trackedChanged);
+    connect(m_tracked, &QCheckBox::toggled, this, &AccountRow::trackedChanged);
     connect(m_pin, &QAbstractButton::clicked, this,
             [this] { emit pinnedChanged(!m_content.isPinned); });
     connect(m_more, &QAbstractButton::clicked, this, &AccountRow::showMenu);
@@ -155,7 +156,7 @@ void AccountRow::setContent(const AccountRowContent& content)
                            .arg(QString::fromStdString(content.configDir).toHtmlEscaped()));
     m_status->setPlainText(content.status);
     m_status->setVisible(!content.status.empty());
-    m_tracked->setChecked(content.isTracked);
+    showChecked(*m_tracked, content.isTracked);
     m_tracked->setAccessibleName(QString::fromStdString(content.trackHelp));
     setHelp(*m_tracked, QString::fromStdString(content.trackHelp));
     setPin(content);

@@ -7,6 +7,7 @@
 #include "ui/Theme.h"
 #include "ui/settings/SettingsForm.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -36,7 +37,7 @@ GeneralTab::GeneralTab(AppState& appState, GeneralModel& general, const Settings
     form.section();
     makeRemoval(form);
     form.end();
-    connect(m_login, &QCheckBox::clicked, this, [this](bool on) {
+    connect(m_login, &QCheckBox::toggled, this, [this](bool on) {
         [[maybe_unused]] const Task<> running = orEnd(m_general.setLaunchAtLogin(on));
     });
     m_general.observe([self = QPointer<GeneralTab>(this)] {
@@ -58,7 +59,7 @@ void GeneralTab::makeUpdates(SettingsForm& form, const SettingsActions& actions)
     line->addStretch(1);
     form.add("", line, 0);
     m_updateNote = form.note();
-    connect(m_autoUpdates, &QCheckBox::clicked, this,
+    connect(m_autoUpdates, &QCheckBox::toggled, this,
             [this](bool on) { m_general.setAutoUpdates(on); });
     connect(m_check, &QPushButton::clicked, this,
             [this] { [[maybe_unused]] const Task<> running = orEnd(m_general.checkForUpdates()); });
@@ -108,10 +109,10 @@ void GeneralTab::refresh()
         line.fixWidth(line.width());
         line.setVisible(!text.empty());
     };
-    m_login->setChecked(content.launchAtLogin.value_or(false));
+    showChecked(*m_login, content.launchAtLogin.value_or(false));
     m_login->setEnabled(content.launchAtLogin.has_value());
     show(*m_loginError, content.loginError);
-    m_autoUpdates->setChecked(content.autoUpdates);
+    showChecked(*m_autoUpdates, content.autoUpdates);
     m_autoUpdates->setEnabled(content.hasUpdates);
     m_check->setEnabled(content.hasUpdates && !content.isChecking);
     show(*m_updateNote, content.updateNote);

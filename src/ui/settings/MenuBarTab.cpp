@@ -1,6 +1,7 @@
 #include "ui/settings/MenuBarTab.h"
 
 #include "ui/settings/SettingsForm.h"
+#include "ui/settings/ShowChecked.h"
 
 #include <QRadioButton>
 
@@ -35,7 +36,10 @@ MenuBarTab::MenuBarTab(AppState& appState)
     SettingsForm form(this, {});
     for (const Row& row : rows) {
         auto* const button = new QRadioButton(buttonText(row.title), this);
-        connect(button, &QRadioButton::clicked, this, [this, row] { choose(row.choice); });
+        connect(button, &QRadioButton::toggled, this, [this, row](bool isOn) {
+            if (isOn)
+                choose(row.choice);
+        });
         button->setAccessibleName(QString::fromUtf8(row.title));
         button->setAccessibleDescription(QString::fromUtf8(row.description));
         form.add("", button);
@@ -59,8 +63,9 @@ void MenuBarTab::choose(Choice choice)
 void MenuBarTab::refresh()
 {
     const Preferences& preferences = m_appState.preferences();
-    m_buttons.at(MenuBarLabel::displayChoice(preferences.menuBarMode, preferences.menuBarDualBars))
-        ->setChecked(true);
+    showChecked(*m_buttons.at(MenuBarLabel::displayChoice(preferences.menuBarMode,
+                                                          preferences.menuBarDualBars)),
+                true);
 }
 
 } // namespace vellumor

@@ -5,6 +5,7 @@
 #include "ui/PlainText.h"
 #include "ui/settings/SettingsForm.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 #include "ui/settings/TabOrder.h"
 
 #include <QCheckBox>
@@ -41,7 +42,7 @@ NotificationsTab::NotificationsTab(AppState& appState, Notifications& notificati
 {
     SettingsForm form(this, {thresholdsLabel, eventsLabel, customLabel});
     m_master = form.toggle("", "Enable notifications", "");
-    connect(m_master, &QCheckBox::clicked, this, [this](bool on) { setEnabled(on); });
+    connect(m_master, &QCheckBox::toggled, this, [this](bool on) { setEnabled(on); });
     m_denied = form.note(PlatformWords::notificationsDenied);
     m_denied->setVisible(false);
     form.section();
@@ -56,7 +57,7 @@ NotificationsTab::NotificationsTab(AppState& appState, Notifications& notificati
 
 QCheckBox* NotificationsTab::bind(QCheckBox* box, NotificationsContent::Switch field)
 {
-    connect(box, &QCheckBox::clicked, this, [this, field](bool on) { setField(field, on); });
+    connect(box, &QCheckBox::toggled, this, [this, field](bool on) { setField(field, on); });
     m_boxes.emplace_back(box, field);
     return box;
 }
@@ -129,7 +130,7 @@ void NotificationsTab::setEnabled(bool on)
         setField(&Preferences::notificationsEnabled, false);
         return;
     }
-    m_master->setChecked(m_appState.preferences().notificationsEnabled);
+    showChecked(*m_master, m_appState.preferences().notificationsEnabled);
     NotificationPermission::requestIfNeeded(
         m_notifications, [self = QPointer<NotificationsTab>(this)](bool granted) {
             if (!self)
@@ -187,7 +188,7 @@ NotificationsTab::CustomRow NotificationsTab::makeCustomRow(const std::string& i
     row.percent->setValue(static_cast<int>(NotificationsContent::usualCustomThreshold));
     line->addWidget(row.isOn, 1);
     line->addWidget(row.percent);
-    connect(row.isOn, &QCheckBox::clicked, this, [this, id, percent = row.percent](bool on) {
+    connect(row.isOn, &QCheckBox::toggled, this, [this, id, percent = row.percent](bool on) {
         setCustom(id, on ? std::optional<double>(percent->value()) : std::nullopt);
     });
     connect(row.percent, &QSpinBox::valueChanged, this,
@@ -221,7 +222,7 @@ void NotificationsTab::refreshCustom(const NotificationsContent& content)
         row.isOn->setAccessibleName(name);
         row.percent->setAccessibleName(QStringLiteral("Threshold of %1").arg(name));
         const QSignalBlocker quiet(row.percent);
-        row.isOn->setChecked(account.percent.has_value());
+        showChecked(*row.isOn, account.percent.has_value());
         row.isOn->setEnabled(content.preferences.notificationsEnabled);
         row.percent->setEnabled(account.percent && content.preferences.notificationsEnabled);
         if (account.percent && !row.percent->hasFocus())
@@ -237,9 +238,9 @@ void NotificationsTab::refresh()
 {
     const NotificationsContent content = NotificationsContent::of(m_appState);
     const bool on = content.preferences.notificationsEnabled;
-    m_master->setChecked(on);
+    showChecked(*m_master, on);
     for (const auto& [box, field] : m_boxes) {
-        box->setChecked(content.preferences.*field);
+        showChecked(*box, content.preferences.*field);
         QWidget* const control = box;
         control->setEnabled(on);
     }

@@ -5,6 +5,7 @@
 #include "ui/settings/LinkLine.h"
 #include "ui/settings/SettingsForm.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 
 #include <QCheckBox>
 #include <QFontDatabase>
@@ -43,9 +44,9 @@ PrivacyTab::PrivacyTab(AppState& appState, PrivacyModel& privacy, const Settings
     auto* const reset = new QPushButton(QStringLiteral("Reset analytics ID"), this);
     form.add("", reset);
     form.end();
-    connect(m_diagnostics, &QCheckBox::clicked, this,
+    connect(m_diagnostics, &QCheckBox::toggled, this,
             [this](bool on) { m_privacy.setDiagnosticsEnabled(on); });
-    connect(m_analytics, &QCheckBox::clicked, this,
+    connect(m_analytics, &QCheckBox::toggled, this,
             [this](bool on) { m_privacy.setProductAnalyticsEnabled(on); });
     connect(reset, &QPushButton::clicked, this, [this] { m_privacy.resetAnalyticsID(); });
     m_privacy.observe([self = QPointer<PrivacyTab>(this)] {
@@ -56,8 +57,8 @@ PrivacyTab::PrivacyTab(AppState& appState, PrivacyModel& privacy, const Settings
 
 void PrivacyTab::refresh()
 {
-    m_diagnostics->setChecked(m_privacy.diagnosticsEnabled());
-    m_analytics->setChecked(m_privacy.productAnalyticsEnabled());
+    showChecked(*m_diagnostics, m_privacy.diagnosticsEnabled());
+    showChecked(*m_analytics, m_privacy.productAnalyticsEnabled());
     m_id->setPlainText(m_privacy.installID());
 }
 

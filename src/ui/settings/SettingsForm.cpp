@@ -63,7 +63,9 @@ QLabel* SettingsForm::addLabel(const char* label, QWidget* buddy)
     text->setTextFormat(Qt::PlainText);
     if (buddy != nullptr) {
         text->setBuddy(buddy);
-        if (buddy->accessibleName().isEmpty())
+        if (qobject_cast<QLabel*>(buddy) != nullptr) // a text is read as it stands
+            buddy->setAccessibleDescription(text->text());
+        else if (buddy->accessibleName().isEmpty())
             buddy->setAccessibleName(text->text());
     }
     m_grid->addWidget(text, m_row, 0, Qt::AlignRight | Qt::AlignVCenter);

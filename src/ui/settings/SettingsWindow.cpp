@@ -7,6 +7,7 @@
 #include "ui/settings/NotificationsTab.h"
 #include "ui/settings/PrivacyTab.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 #include "ui/settings/TabBarButton.h"
 #include "ui/settings/UsageTab.h"
 
@@ -39,7 +40,10 @@ SettingsWindow::SettingsWindow(Parts parts)
     tabs->addStretch(1);
     for (const SettingsTab tab : allSettingsTabs) {
         auto* const button = new TabBarButton(tab, this);
-        connect(button, &QAbstractButton::clicked, this, [this, tab] { select(tab); });
+        connect(button, &QAbstractButton::toggled, this, [this, tab](bool isOn) {
+            if (isOn)
+                select(tab);
+        });
         tabs->addWidget(button);
         group->addButton(button);
         QWidget* const page = makeTab(tab);
@@ -88,7 +92,7 @@ QWidget* SettingsWindow::makeTab(SettingsTab tab)
 // The window is as high as the page that is shown.
 void SettingsWindow::select(SettingsTab tab)
 {
-    m_tabs.at(tab).button->setChecked(true);
+    showChecked(*m_tabs.at(tab).button, true);
     for (const auto& [each, parts] : m_tabs)
         parts.page->setVisible(each == tab);
 }

@@ -4,6 +4,7 @@
 #include "ui/PlainText.h"
 #include "ui/settings/SettingsForm.h"
 #include "ui/settings/SettingsMetrics.h"
+#include "ui/settings/ShowChecked.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -42,13 +43,13 @@ UsageTab::UsageTab(AppState& appState, ChooseFile chooseFile, std::function<void
     connect(m_interval, &QComboBox::activated, this, [this](int index) {
         m_appState.setUserInterval(m_content.intervals.at(static_cast<std::size_t>(index)).seconds);
     });
-    connect(m_localOnly, &QCheckBox::clicked, this,
+    connect(m_localOnly, &QCheckBox::toggled, this,
             [this, onLocalOnly = std::move(onLocalOnly)](bool on) {
                 m_appState.updatePreferences([on](Preferences& p) { p.localCacheOnly = on; });
                 if (on)
                     onLocalOnly();
             });
-    connect(m_revival, &QCheckBox::clicked, this, [this](bool on) {
+    connect(m_revival, &QCheckBox::toggled, this, [this](bool on) {
         m_appState.updatePreferences([on](Preferences& p) { p.tokenRevivalEnabled = on; });
     });
 }
@@ -57,7 +58,7 @@ void UsageTab::makeClaudeLocation(SettingsForm& form)
 {
     auto* const line = new QHBoxLayout;
     m_location = new PlainText(this);
-    m_location->setAccessibleName(QString::fromUtf8(locationLabel));
+    m_location->setAccessibleDescription(QString::fromUtf8(locationLabel));
     auto* const choose = new QPushButton(QStringLiteral("Choose"), this);
     choose->setAccessibleDescription(QString::fromUtf8(locationLabel));
     m_clear = new QPushButton(QStringLiteral("Clear"), this);
@@ -95,8 +96,8 @@ void UsageTab::refresh()
     m_designed->fixWidth(m_designed->width());
     m_effective->setPlainText(content.effectiveNote);
     m_effective->fixWidth(m_effective->width());
-    m_localOnly->setChecked(content.localCacheOnly);
-    m_revival->setChecked(content.tokenRevivalEnabled);
+    showChecked(*m_localOnly, content.localCacheOnly);
+    showChecked(*m_revival, content.tokenRevivalEnabled);
     m_location->setPlainText(content.claudeLocation);
     m_clear->setEnabled(content.hasClaudePath);
     m_content = std::move(content);

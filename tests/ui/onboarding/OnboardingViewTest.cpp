@@ -253,10 +253,24 @@ TEST_F(OnboardingViewTest, enterGoesOnFromStepToStep)
     EXPECT_EQ(finished, 1);
 }
 
-TEST_F(OnboardingViewTest, everyControlIsReachedWithTheTabKeyAndHasAName)
+TEST_F(OnboardingViewTest, eachStepBeginsOnItsDefaultButton)
 {
     start({"ada", "ben"});
+    go("Continue");
+    test::allNamed<QLineEdit>(*view, "Name").at(0)->setFocus(Qt::TabFocusReason);
+    go("Continue");
+    EXPECT_EQ(QApplication::focusWidget(), &test::named<QPushButton>(*view, "Get Started"));
+    EXPECT_TRUE(test::named<QPushButton>(*view, "Get Started").isDefault());
+}
+
+TEST_F(OnboardingViewTest, everyControlIsReachedWithTheTabKeyAndHasAName)
+{
+    start({"ada", "ben", "cyd"});
     for (int step = 0; step < 3; ++step) {
+        if (step == 1) {
+            state.reorder({1}, 0); // while it is seen
+            pass();
+        }
         std::vector<QWidget*> expected;
         for (QWidget* const widget : test::shown<QWidget>(*view)) {
             if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isEnabled() &&

@@ -83,6 +83,17 @@ TEST_F(AboutTabTest, theSiblingIsMentionedUntilItIsDismissed)
     EXPECT_TRUE(recorder.captured.empty());
 }
 
+TEST_F(AboutTabTest, theSiblingsNameAndItsKindAreTwoWords)
+{
+    openAbout();
+    const auto& name = test::named<QAbstractButton>(*window, "Ostrelline");
+    const auto& kind = test::named<QLabel>(*window, "— VS Code extension");
+    const int end = name.mapTo(&*window, QPoint(name.width(), 0)).x();
+    const int begin = kind.mapTo(&*window, QPoint()).x();
+    EXPECT_GE(begin - end, 2);
+    EXPECT_LE(begin - end, 8);
+}
+
 TEST_F(AboutTabTest, theSiblingIsNotMentionedWhereItIsInstalled)
 {
     facts.isSiblingInstalled = true;

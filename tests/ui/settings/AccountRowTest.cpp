@@ -228,6 +228,14 @@ TEST_F(AccountRowTest, theServicesNoteIsWhole)
     pass();
     EXPECT_EQ(test::allNamed<QLineEdit>(*window, service).size(), 2U);
     test::expectNothingClipped(*window);
+    int notes = 0;
+    for (const PlainText* note : test::shown<PlainText>(*window)) {
+        if (!note->text().startsWith("Shown because"))
+            continue;
+        ++notes;
+        EXPECT_EQ(note->height(), note->heightForWidth(note->width())); // and no higher
+    }
+    EXPECT_EQ(notes, 2);
 }
 
 TEST_F(AccountRowTest, aServiceIsForcedAndGivenUp)
@@ -289,6 +297,8 @@ TEST_F(AccountRowTest, aServiceThatIsBeingTypedStaysThoughATokenWasFound)
     pass();
     EXPECT_TRUE(field.isVisible());
     EXPECT_EQ(field.text(), "My");
+    EXPECT_TRUE(field.hasFocus());
+    EXPECT_EQ(recordOnDisk("ada").serviceOverride, std::nullopt); // it is not done yet
 }
 
 TEST_F(AccountRowTest, anAccountMayVanishWhileItsNameIsBeingTyped)

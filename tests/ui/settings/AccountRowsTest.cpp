@@ -89,6 +89,18 @@ TEST_F(AccountRowsTest, aRowThatIsDraggedTakesThePlaceWhereItIsDropped)
     EXPECT_EQ(recordOnDisk("ada").order, 2);
 }
 
+TEST_F(AccountRowsTest, aRowThatIsDroppedWhereItWasIsNoChange)
+{
+    openWith({"ada", "ben", "cyd"});
+    disk.forget();
+    for (const int half : {-1, 1})
+        drag(1, beside(1, half));
+    drag(1, beside(0, 1));
+    drag(1, beside(2, -1));
+    EXPECT_EQ(disk.written(), Names());
+    EXPECT_EQ(shownNames(), (Names{"ada", "ben", "cyd"}));
+}
+
 TEST_F(AccountRowsTest, aDropOutsideTheListGoesToItsNearerEnd)
 {
     openWith({"ada", "ben", "cyd"});

@@ -17,10 +17,11 @@ struct AccountsTabTest : test::SettingsTesting {
             names.push_back(field->text().toStdString());
         return names;
     }
-    // Of the first row.
-    void askToRemove()
+    // Of the row at this place.
+    void askToRemove(std::size_t place = 0)
     {
-        pressIt("More actions");
+        test::allNamed<QAbstractButton>(*window, "More actions").at(place)->click();
+        pass();
         test::pick(QStringLiteral("Remove from Vellumor…"));
         pass();
     }
@@ -183,13 +184,14 @@ TEST_F(AccountsTabTest, theQuestionIsAboutTheAccountThatItWasAskedFor)
     addAll({"ada", "ben"});
     rescan();
     openAccounts();
-    askToRemove();
+    askToRemove(1);
     ASSERT_NE(test::dialog(), nullptr);
     state.reorder({1}, 0); // meanwhile, by somebody else
     pass();
     test::press(*test::dialog(), "Remove");
     pass();
-    EXPECT_EQ(rows(), Names{"ben"});
+    EXPECT_EQ(rows(), Names{"ada"});
+    EXPECT_TRUE(recordOnDisk("ben").isRemoved());
 }
 
 TEST_F(AccountsTabTest, aNameThatLooksLikeMarkupIsAskedForAsItIs)
@@ -269,6 +271,19 @@ TEST_F(AccountsTabTest, manyAccountsScrollAndTheButtonsStay)
     const QRect place(scan.mapTo(&*window, QPoint()), scan.size());
     EXPECT_TRUE(window->rect().contains(place));
     EXPECT_TRUE(windowSays("40 of 40 accounts tracked"));
+}
+
+TEST_F(AccountsTabTest, theRowsHaveTheirRoomAtOnce)
+{
+    addAll({"ada", "ben"});
+    rescan();
+    open(SettingsTab::usage);
+    window->select(SettingsTab::accounts); // and nothing has passed since
+    const auto* const area = window->findChild<AccountsTab*>()->findChild<QScrollArea*>();
+    ASSERT_NE(area, nullptr);
+    EXPECT_GE(area->maximumHeight(), area->widget()->sizeHint().height());
+    EXPECT_GE(area->maximumHeight(),
+              2 * test::named<QLineEdit>(*window, "Name").sizeHint().height());
 }
 
 TEST_F(AccountsTabTest, fewAccountsNeedNoScrolling)

@@ -251,6 +251,17 @@ TEST_F(NotificationsTabTest, everyTrackedAccountMayHaveAThresholdOfItsOwn)
     EXPECT_FALSE(percentOf("ada").isEnabled());
 }
 
+TEST_F(NotificationsTabTest, theThresholdsHaveTheirRoomAtOnce)
+{
+    addAll({"ada", "ben"});
+    rescan();
+    open(SettingsTab::usage);
+    window->select(SettingsTab::notifications); // and nothing has passed since
+    const auto* const area = window->findChild<NotificationsTab*>()->findChild<QScrollArea*>();
+    ASSERT_NE(area, nullptr);
+    EXPECT_GE(area->maximumHeight(), 2 * QSpinBox().sizeHint().height());
+}
+
 TEST_F(NotificationsTabTest, aThresholdIsBetweenOneAndNinetyNine)
 {
     add("ada");

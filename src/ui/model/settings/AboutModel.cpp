@@ -25,6 +25,7 @@ AboutContent AboutModel::content(const Preferences& preferences) const
     content.version = "Version " + std::string(version) + " · part of the Quorle toolkit";
     if (!m_facts)
         return content;
+    content.canCopy = true;
     content.status = SupportReport::statusLine(static_cast<int>(m_facts->recentCrashes.size()));
     if (const auto crash = latest(m_facts->recentCrashes))
         content.instructions = SupportReport::instructions(crash->fileName);

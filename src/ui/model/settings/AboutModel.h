@@ -18,6 +18,7 @@ struct AboutContent {
     std::string version;      // "Version 1.0.0 · part of the Quorle toolkit"
     std::string status;       // how often it has crashed of late
     std::string instructions; // what to do with the last crash
+    bool canCopy = false;     // the details are known
     bool showsCrossPromo = false;
 
     bool operator==(const AboutContent&) const = default;

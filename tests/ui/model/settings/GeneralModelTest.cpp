@@ -181,6 +181,8 @@ TEST_F(GeneralModelTest, anUpdateThatWasFoundWithoutAskingIsShown)
     EXPECT_EQ(content().updatePage, "https://example.org/2");
     turn();
     EXPECT_EQ(changes, 1);
+    model().announce({});
+    EXPECT_EQ(content().updatePage, "");
 }
 
 TEST_F(GeneralModelTest, whatCouldNotBeRemovedIsNamed)
