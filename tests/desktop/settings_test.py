@@ -214,7 +214,7 @@ class Settings(DesktopTest):
 
     # Leaving.
 
-    def test_everything_is_deleted_while_a_fetch_is_under_way(self):
+    def test_when_everything_is_deleted_a_fetch_brings_nothing_back(self):
         account = self.accounts[0]
         self.world.answer(account, {"silent": True})
         asked = len(self.program.endpoint.tokens())
