@@ -14,10 +14,14 @@ target_compile_options(vellumor_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
     -Wold-style-cast -Wcast-qual -Wformat=2 -Woverloaded-virtual
     $<$<BOOL:${VELLUMOR_WERROR}>:-Werror>)
+if(CMAKE_UNITY_BUILD)
+    # Built at one go, a file's unnamed namespace looks like that of a header.
+    target_compile_options(vellumor_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 if(VELLUMOR_SANITIZE)
     target_compile_options(vellumor_options INTERFACE
         -fsanitize=${VELLUMOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-        -g1) # lines are enough for a report, and all of it takes long to build
+        $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/cmake/sanitizer-ignore.txt>)
     target_link_options(vellumor_options INTERFACE -fsanitize=${VELLUMOR_SANITIZE})
 else()
     target_compile_definitions(vellumor_options INTERFACE

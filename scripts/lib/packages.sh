@@ -25,7 +25,7 @@ packages_libreoffice=(libreoffice-calc-nogui)
 packages_test=(
     "${packages_exports[@]}" "${packages_world[@]}" "${packages_soak[@]}" "${packages_idle[@]}" "${packages_desktop[@]}" "${packages_panels[@]}"
     libgtest-dev libbenchmark-dev openssl python3-gi python3-dbus git procps zsh man-db tmux systemd-journal-remote
-    clang libclang-rt-14-dev clang-format clang-tidy-16 desktop-file-utils
+    clang-16 llvm-16 libclang-rt-16-dev clang-format clang-tidy-16 desktop-file-utils
 )
 # The programs that it is measured beside.
 packages_side_by_side=("${packages_desktop[@]}" libbenchmark-dev openssl keepassxc qbittorrent)
@@ -33,7 +33,7 @@ packages_side_by_side=("${packages_desktop[@]}" libbenchmark-dev openssl keepass
 packages_package=(dpkg-dev file)
 packages_package_check=(lintian appstream desktop-file-utils man-db debootstrap)
 packages_coverage=(gcovr)
-packages_fuzz=(clang libclang-rt-14-dev)
+packages_fuzz=(clang-16 libclang-rt-16-dev)
 
 # install_packages NAME...: installs those that are missing, as root or through sudo, after saying which. Fails with a
 # clear message where it may not.

@@ -1,7 +1,6 @@
 #include "app/SettingsModels.h"
 
 #include "async/OrEnd.h"
-#include "base/Log.h"
 #include "ui/settings/PathPanel.h"
 
 #include <QClipboard>
@@ -44,17 +43,15 @@ GeneralModel::Parts generalParts(Program& program)
             .removeAllData = [&upkeep] { return upkeep.removeAllData(); }};
 }
 
-// Where the desktop has nothing to open it with, that is all there is to say.
-Task<> logged(Task<bool> opened, const char* failure)
+// Whether it opened is in the log.
+Task<> awaited(Task<bool> opened)
 {
-    const bool isOpen = co_await opened;
-    if (!isOpen)
-        log(Tag::main, failure);
+    co_await opened;
 }
 
-void open(Task<bool> opened, const char* failure)
+void open(Task<bool> opened)
 {
-    [[maybe_unused]] const Task<> running = orEnd(logged(std::move(opened), failure));
+    [[maybe_unused]] const Task<> running = orEnd(awaited(std::move(opened)));
 }
 
 } // namespace
@@ -64,10 +61,8 @@ SettingsModels::SettingsModels(Program& program, DesktopActions& desktop)
     , general(generalParts(program))
     , about({.clock = program.clock(),
              .look = [&program] { return program.aboutFacts(); },
-             .showReports =
-                 [&program, &desktop] {
-                     open(desktop.showFolder(program.crashReports()), "no file manager to open");
-                 }})
+             .showReports = [&program,
+                             &desktop] { open(desktop.showFolder(program.crashReports())); }})
 {
     program.upkeep().onUpdate([this](const UpdateResult& result) {
         if (std::holds_alternative<UpdateAvailable>(result))
@@ -83,11 +78,8 @@ SettingsActions settingsActions(DesktopActions& desktop)
                 [](const std::string& text) {
                     QGuiApplication::clipboard()->setText(QString::fromStdString(text));
                 },
-            .openTerminal = [&desktop] { open(desktop.openTerminal(), "no terminal to open"); },
-            .openPage =
-                [&desktop](const char* address) {
-                    open(desktop.openPage(address), "no browser to open");
-                }};
+            .openTerminal = [&desktop] { open(desktop.openTerminal()); },
+            .openPage = [&desktop](const char* address) { open(desktop.openPage(address)); }};
 }
 
 } // namespace vellumor

@@ -3,6 +3,7 @@
 #include "app/Startup.h"
 #include "base/Environment.h"
 #include "base/Log.h"
+#include "platform/linux/ConnectionThreads.h"
 #include "platform/linux/SessionBus.h"
 #include "store/DiskPath.h"
 #include "store/Folders.h"
@@ -55,7 +56,9 @@ int main(int argc, char** argv)
         log(Tag::main, "running as root in another user's home — cannot start");
         return 1;
     }
-    if (Startup::mode(environment) == Startup::Mode::diagnostics)
-        return runDiagnosticsMode(argc, argv, environment);
-    return runApplicationMode(argc, argv, environment);
+    const bool isDiagnostics = Startup::mode(environment) == Startup::Mode::diagnostics;
+    const int status = isDiagnostics ? runDiagnosticsMode(argc, argv, environment)
+                                     : runApplicationMode(argc, argv, environment);
+    awaitConnectionThreads();
+    return status;
 }

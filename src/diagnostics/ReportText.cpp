@@ -49,12 +49,22 @@ std::string resetText(const std::optional<Instant>& reset, Instant now)
     return reset ? "resets in " + Format::countdown(*reset, now) : "no reset time";
 }
 
-std::string windowLine(const LimitWindow& window, Instant now, const Redaction& redaction)
+// What the pace of the most urgent of the windows leads to.
+std::string phrase(const std::vector<LimitWindow>& windows, const UsageSamples& history,
+                   Instant now, const Redaction& redaction)
+{
+    const auto projection = Projection::evaluate(windows, history, now);
+    return projection ? redaction.shown(projection->summary(now)) : "none";
+}
+
+std::string windowLine(const LimitWindow& window, const UsageSamples& history, Instant now,
+                       const Redaction& redaction)
 {
     const std::string percent = fmt::format("{:.1f}%", window.percent);
-    return fmt::format("    usage    : {:>6}  {:<18}  {}\n", percent,
+    return fmt::format("    usage    : {:>6}  {:<18}  {} · projection {}\n", percent,
                        resetText(window.resetsAt, now),
-                       redaction.shown(LimitWindow::title(window.kind, window.scope)));
+                       redaction.shown(LimitWindow::title(window.kind, window.scope)),
+                       phrase({window}, history, now, redaction));
 }
 
 const char* displayName(ExtraUsage::CreditDisplay display)
@@ -94,12 +104,8 @@ std::string extraLine(const ExtraUsage& extra)
 std::string forecastLine(const Usage& usage, const UsageSamples& history, Instant now,
                          const Redaction& redaction)
 {
-    const auto summaryOf = [&](const UsageSamples& samples) {
-        const auto projection = Projection::evaluate(usage.windows, samples, now);
-        return projection ? redaction.shown(projection->summary(now)) : std::string("none");
-    };
-    const std::string stateless = summaryOf({});
-    const std::string recent = summaryOf(history);
+    const std::string stateless = phrase(usage.windows, {}, now, redaction);
+    const std::string recent = phrase(usage.windows, history, now, redaction);
     const std::string more =
         recent == stateless ? " (no recency coverage or no change)" : " · with history " + recent;
     return "    project  : stateless=" + stateless + more + "\n";
@@ -110,7 +116,7 @@ std::string readingText(const Usage& usage, const UsageSamples& history, Instant
 {
     std::string text;
     for (const LimitWindow& window : usage.windows)
-        text += windowLine(window, now, redaction);
+        text += windowLine(window, history, now, redaction);
     if (usage.windows.empty())
         text += "    usage    : (no windows returned)\n";
     if (usage.extraUsage)

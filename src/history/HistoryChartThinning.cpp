@@ -11,14 +11,14 @@ namespace {
 
 // So many sums go on side by side: each alone would wait for the one before it.
 constexpr std::size_t lanes = 4;
-constexpr std::size_t blockSize = 16;
+constexpr std::size_t compared = 16;
 
 double greater(double a, double b)
 {
     return a > b ? a : b;
 }
 
-double largestOf(std::span<const double, blockSize> values)
+double largestOf(std::span<const double, compared> values)
 {
     std::array<double, 8> eight;
     std::array<double, 4> four;
@@ -39,8 +39,8 @@ std::size_t indexOfLargest(std::span<const double> values)
         found = here > largest ? i : found;
         largest = here > largest ? here : largest;
     };
-    for (; i + blockSize <= values.size(); i += blockSize)
-        compare(largestOf(values.subspan(i).first<blockSize>()));
+    for (; i + compared <= values.size(); i += compared)
+        compare(largestOf(values.subspan(i).first<compared>()));
     for (; i < values.size(); ++i)
         compare(values[i]);
     const auto place = std::ranges::find(values.subspan(found), largest);

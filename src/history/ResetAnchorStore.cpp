@@ -15,7 +15,7 @@ namespace vellumor {
 
 namespace {
 
-constexpr int schemaVersion = 1;
+constexpr int anchorsVersion = 1;
 constexpr double toleratedDrift = 300.0; // seconds from a whole number of periods
 constexpr double toleratedJitter = 2.0;  // seconds in which two reports count as one
 
@@ -123,7 +123,7 @@ void ResetAnchorStore::save(const ResetAnchors& anchors)
     Json byDirectory = Json::object();
     for (const auto& [configDir, byKind] : anchors)
         byDirectory[configDir] = encode(byKind);
-    const Json json = {{"schemaVersion", schemaVersion}, {"anchors", std::move(byDirectory)}};
+    const Json json = {{"schemaVersion", anchorsVersion}, {"anchors", std::move(byDirectory)}};
     if (const auto bytes = writeJson(json, JsonLayout::pretty))
         m_files.write(*bytes, m_fileURL);
 }
@@ -139,7 +139,7 @@ ResetAnchors ResetAnchorStore::decode(std::string_view bytes)
     const auto json = parseJsonObject(bytes);
     if (!json)
         return {};
-    const Json* byDirectory = entriesOf(*json, "anchors", schemaVersion);
+    const Json* byDirectory = entriesOf(*json, "anchors", anchorsVersion);
     if (byDirectory == nullptr || !byDirectory->is_object())
         return {};
     ResetAnchors all;

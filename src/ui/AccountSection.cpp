@@ -15,7 +15,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostLines = 3; // of a sentence
 constexpr int noteSymbolPoints = 14;
 
 void showLine(PlainText& line, const std::string& text, const QColor& colour)
@@ -67,7 +66,7 @@ void AccountSection::makeLines()
     m_rowColumn->setSpacing(0);
     m_column->addLayout(m_rowColumn);
     const auto line = [this](const QFont& font) {
-        auto* const text = new PlainText(this, mostLines);
+        auto* const text = new PlainText(this, PlainText::sentenceLines);
         text->setFont(font);
         return text;
     };

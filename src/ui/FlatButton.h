@@ -10,6 +10,8 @@ class FlatButton : public QAbstractButton {
     Q_OBJECT
 
 public:
+    static constexpr double cornerRadius = 5.0; // of what it draws
+
     explicit FlatButton(QWidget* parent);
 
 protected:

@@ -17,8 +17,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostLines = 3;
-
 void showText(PlainText& text, const std::string& words, const QColor& colour)
 {
     text.setPlainText(words);
@@ -110,10 +108,10 @@ void HistoryDetailView::makeReceipt()
 {
     m_column->addSpacing(4 * m_metrics.step);
     m_receiptTitle = addText(m_metrics.base, 1);
-    m_noReceipt = addText(m_metrics.secondary, mostLines);
+    m_noReceipt = addText(m_metrics.secondary, PlainText::sentenceLines);
     m_receiptCoverage = addText(m_metrics.secondary, 1);
     m_receiptFacts = makeFacts();
-    m_comparison = addText(m_metrics.secondary, mostLines);
+    m_comparison = addText(m_metrics.secondary, PlainText::sentenceLines);
     m_copy = makeButton("Copy summary", [this] { m_actions.copy(m_content.receipt.summary); });
     m_copy->setToolTip(QStringLiteral("Copy this week's summary as text"));
     m_column->addSpacing(m_metrics.step);

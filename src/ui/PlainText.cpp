@@ -12,8 +12,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr double dimmedAlpha = 0.6;
-
 // Keeps together what stands between two points in the middle, so that a line ends there rather
 // than within; as long as `text`, letter for letter. A part that does not fit is left as it is.
 QString withWholeParts(const QString& text, const QFontMetrics& metrics, int width)
@@ -74,8 +72,9 @@ QColor PlainText::ink() const
     if (m_colour.isValid())
         return m_colour;
     const QColor text = palette().color(QPalette::WindowText);
-    return m_isDimmed ? Contrast::readable(text, palette().color(QPalette::Window), dimmedAlpha)
-                      : text;
+    return m_isDimmed
+               ? Contrast::readable(text, palette().color(QPalette::Window), Theme::dimmedAlpha)
+               : text;
 }
 
 void PlainText::setHelp(const QString& help)

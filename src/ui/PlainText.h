@@ -14,6 +14,10 @@ class PlainText final : public QLabel {
     Q_OBJECT
 
 public:
+    // The most lines of a sentence where room is scarce, and of one on a page of its own.
+    static constexpr int sentenceLines = 3;
+    static constexpr int pageLines = 8;
+
     explicit PlainText(QWidget* parent, int mostLines = 1);
 
     void setPlainText(const std::string& text); // does nothing when it is the same

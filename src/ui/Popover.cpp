@@ -17,7 +17,7 @@ namespace vellumor {
 namespace {
 
 constexpr std::chrono::milliseconds sameClick{300};
-constexpr std::chrono::seconds tickLength{1};
+constexpr std::chrono::seconds tickInterval{1};
 constexpr double mostOfScreen = 0.75;
 constexpr const char* activationTokenVariable = "XDG_ACTIVATION_TOKEN";
 
@@ -81,7 +81,7 @@ void Popover::show(const std::optional<QRect>& anchor, const std::string& activa
         m_historyInputs = {};
         update();
         m_view->show();
-        m_nextTick = m_clock.after(tickLength, [this] { tick(); });
+        m_nextTick = m_clock.after(tickInterval, [this] { tick(); });
     }
     m_view->raise();
     m_view->activateWindow();
@@ -189,7 +189,7 @@ void Popover::dismissNotice()
 
 void Popover::tick()
 {
-    m_nextTick = m_clock.after(tickLength, [this] { tick(); });
+    m_nextTick = m_clock.after(tickInterval, [this] { tick(); });
     update();
 }
 

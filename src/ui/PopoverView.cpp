@@ -22,8 +22,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostHintLines = 3;
-
 // Of everything in `layout`, whether or not any of it breaks into lines.
 int heightAt(int width, QLayout& layout)
 {
@@ -82,7 +80,7 @@ void PopoverView::makeHint()
     auto* const column = new QVBoxLayout(m_hintBox);
     column->setContentsMargins(0, 2 * m_metrics.step, 0, 2 * m_metrics.step);
     column->setSpacing(m_metrics.step);
-    m_hint = new PlainText(m_hintBox, mostHintLines);
+    m_hint = new PlainText(m_hintBox, PlainText::sentenceLines);
     m_hintLink = new LinkButton(m_hintBox);
     column->addWidget(m_hint);
     column->addWidget(m_hintLink);

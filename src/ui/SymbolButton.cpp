@@ -12,7 +12,6 @@ namespace {
 constexpr int symbolPoints = 16;
 constexpr int targetPoints = 24;
 constexpr int padding = 6; // before and behind a text
-constexpr double cornerRadius = 5.0;
 constexpr double hoverAlpha = 0.10;
 constexpr double pressedAlpha = 0.18;
 

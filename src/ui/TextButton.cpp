@@ -9,9 +9,8 @@ namespace {
 
 constexpr int sidePadding = 10;
 constexpr int heightPadding = 8; // above and below together
-constexpr double cornerRadius = 5.0;
-constexpr double hoverAlpha = 0.08;
-constexpr double pressedAlpha = 0.16;
+constexpr double hoverShade = 0.08;
+constexpr double pressedShade = 0.16;
 
 } // namespace
 
@@ -46,7 +45,7 @@ bool TextButton::event(QEvent* event)
 
 void TextButton::paintEvent(QPaintEvent*)
 {
-    const double shade = isDown() ? pressedAlpha : underMouse() ? hoverAlpha : 0;
+    const double shade = isDown() ? pressedShade : underMouse() ? hoverShade : 0;
     const double line = hasFocus() ? 2 : 1;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

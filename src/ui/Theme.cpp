@@ -7,11 +7,9 @@ namespace vellumor {
 
 namespace {
 
-constexpr double dimmedAlpha = 0.6;
 constexpr double hairlineAlpha = 0.08;
 constexpr double edgeAlpha = 0.2;
 constexpr double trackAlpha = 0.12;
-constexpr double staleAlpha = 0.55;
 constexpr double leastContrast = 4.5;
 constexpr double alphaStep = 0.05;
 

@@ -9,6 +9,9 @@ namespace vellumor {
 
 // The colours of the popover and the windows, made of the desktop's palette.
 struct Theme {
+    static constexpr double dimmedAlpha = 0.6; // of secondary text
+    static constexpr double staleAlpha = 0.55; // of a reading that is too old
+
     QColor background;
     QColor text;
     QColor dimmed;   // secondary text

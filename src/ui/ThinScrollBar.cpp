@@ -11,9 +11,9 @@ namespace vellumor {
 namespace {
 
 constexpr int extent = 8;
-constexpr double inset = 2.0; // of the handle, at its sides
+constexpr double handleInset = 2.0; // of the handle, at its sides
 constexpr double restingAlpha = 0.3;
-constexpr double hoverAlpha = 0.5;
+constexpr double hoveredAlpha = 0.5;
 
 class ThinStyle final : public QProxyStyle {
 public:
@@ -53,12 +53,13 @@ public:
         }
         QColor colour = bar->palette.color(QPalette::Text);
         const bool isHovered = bar->state.testFlag(State_MouseOver);
-        colour.setAlphaF(static_cast<float>(isHovered ? hoverAlpha : restingAlpha));
+        colour.setAlphaF(static_cast<float>(isHovered ? hoveredAlpha : restingAlpha));
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
         painter->setBrush(colour);
-        const QRectF handle = QRectF(handleOf(*bar)).adjusted(inset, inset, -inset, -inset);
+        const QRectF handle =
+            QRectF(handleOf(*bar)).adjusted(handleInset, handleInset, -handleInset, -handleInset);
         painter->drawRoundedRect(handle, handle.width() / 2, handle.width() / 2);
         painter->restore();
     }

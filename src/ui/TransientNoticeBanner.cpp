@@ -10,14 +10,13 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostLines = 3;
 constexpr double shade = 0.06; // of the text's colour, under the whole banner
 
 } // namespace
 
 TransientNoticeBanner::TransientNoticeBanner(const PopoverMetrics& metrics, QWidget* parent)
     : QWidget(parent)
-    , m_text(new PlainText(this, mostLines))
+    , m_text(new PlainText(this, PlainText::sentenceLines))
     , m_dismiss(new SymbolButton(Symbols::Symbol::dismiss, this))
 {
     auto* const row = new QHBoxLayout(this);

@@ -11,7 +11,6 @@ namespace {
 constexpr double hatchStep = 6.0;
 constexpr double hatchWidth = 2.0;
 constexpr double hatchAlpha = 0.4;
-constexpr double staleAlpha = 0.55;
 
 QPainterPath rounded(const QRectF& place)
 {
@@ -34,7 +33,7 @@ void hatch(QPainter& painter, const QRectF& place, const QColor& colour)
 void UsageBar::paint(QPainter& painter, const QRectF& place, const Theme& theme) const
 {
     const UsageLevel level = usageLevel(percent);
-    const double alpha = isStale ? staleAlpha : 1.0;
+    const double alpha = isStale ? Theme::staleAlpha : 1.0;
     const QColor fill = Contrast::blended(theme.fill(level), theme.background, alpha);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);

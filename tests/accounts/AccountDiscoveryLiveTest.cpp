@@ -12,7 +12,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::accountDiscoveryLiveTest {
 namespace {
 
 namespace fs = std::filesystem;
@@ -244,4 +244,4 @@ TEST_F(AccountDiscoveryLiveTest, aScanPrintsNothingAndItsFactsHoldNoToken)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountDiscoveryLiveTest

@@ -15,7 +15,7 @@
 
 #include <cstddef>
 
-namespace vellumor {
+namespace vellumor::accountDiscoveryProcessTest {
 namespace {
 
 constexpr int foundAll = 7;
@@ -82,4 +82,4 @@ TEST(AccountDiscovery, theWatchOverProcessesSeesOne)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountDiscoveryProcessTest

@@ -8,7 +8,7 @@
 #include <map>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::accountDiscoveryTest {
 namespace {
 
 using KeychainServiceResolver::Probe;
@@ -229,4 +229,4 @@ TEST_F(AccountDiscoveryTest, theDefaultDirectoryUsesWhicheverOfItsServicesLives)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountDiscoveryTest

@@ -8,7 +8,7 @@
 #include <limits>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::accountMergeTest {
 namespace {
 
 using Text = std::optional<std::string>;
@@ -291,4 +291,4 @@ TEST(AccountMerge, slugsAreSixLettersAndDigitsDrawnUniformly)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountMergeTest

@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <tuple>
 
-namespace vellumor {
+namespace vellumor::accountStoreFilesTest {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -247,4 +247,4 @@ TEST_F(AccountStoreFilesTest, whenOnlyTheOwnFileFailsTheSharedOneStillFollows)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountStoreFilesTest

@@ -9,7 +9,7 @@
 #include <limits>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::accountStoreTest {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -259,4 +259,4 @@ TEST_F(AccountStoreTest, aHostileOrderDoesNotOverflow)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountStoreTest

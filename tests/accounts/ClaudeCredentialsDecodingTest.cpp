@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::claudeCredentialsDecodingTest {
 namespace {
 
 const std::string signIn = R"({"claudeAiOauth": {"accessToken": "marker-token-5f1c"}})";
@@ -177,4 +177,4 @@ TEST(ClaudeCredentialsDecoding, nestingOfSixtyFourIsReadAndOfSixtyFiveRefused)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::claudeCredentialsDecodingTest

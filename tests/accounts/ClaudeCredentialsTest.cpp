@@ -7,7 +7,7 @@
 
 #include <type_traits>
 
-namespace vellumor {
+namespace vellumor::claudeCredentialsTest {
 namespace {
 
 using Kind = KeychainError::Kind;
@@ -202,4 +202,4 @@ TEST(ClaudeCredentials, noDescriptionHoldsTheToken)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::claudeCredentialsTest

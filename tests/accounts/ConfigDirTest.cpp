@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::configDirTest {
 namespace {
 
 const std::string home = "/home/me";
@@ -93,4 +93,4 @@ TEST(ConfigDir, aNameIsDerivedFromTheLastComponent)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::configDirTest

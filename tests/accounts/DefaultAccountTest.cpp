@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::defaultAccountTest {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -62,4 +62,4 @@ TEST(DefaultAccount, theFileOfTheDefaultDirectoryStandsForThePlainServiceAlone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::defaultAccountTest

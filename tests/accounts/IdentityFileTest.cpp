@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::identityFileTest {
 namespace {
 
 using IdentityFile::Identity;
@@ -89,4 +89,4 @@ TEST(IdentityFile, anyOtherOrganisationTypeGivesTheSubscriptionAsItStands)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::identityFileTest

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <map>
 
-namespace vellumor {
+namespace vellumor::keychainReaderListingTest {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -107,4 +107,4 @@ TEST_F(KeychainReaderListingTest, aDirectoryThatIsToldNoMoreIsForgotten)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::keychainReaderListingTest

@@ -12,7 +12,7 @@
 #include <cerrno>
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::keychainReaderTest {
 namespace {
 
 using Kind = KeychainError::Kind;
@@ -280,4 +280,4 @@ TEST_F(KeychainReaderTest, theWaitBeforeTheSecondLookIsATenthOfASecond)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::keychainReaderTest

@@ -7,7 +7,7 @@
 
 #include <map>
 
-namespace vellumor {
+namespace vellumor::keychainServiceResolverTest {
 namespace {
 
 using KeychainServiceResolver::Choices;
@@ -136,4 +136,4 @@ TEST(KeychainServiceResolver, anOverrideThatDoesNotExistIsFinal)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::keychainServiceResolverTest

@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-namespace vellumor {
+namespace vellumor::sharedAccountsStoreTest {
 namespace {
 
 using Outcome = FileStore::UpdateOutcome;
@@ -189,4 +189,4 @@ TEST_F(SharedAccountsStoreTest, aFailedWriteLeavesTheFileAsItWas)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::sharedAccountsStoreTest

@@ -5,7 +5,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::sharedIdentityTest {
 namespace {
 
 std::optional<SharedIdentity> read(const std::string& json)
@@ -68,4 +68,4 @@ TEST(SharedIdentity, aServiceOverrideThatIsNoTextCountsAsNone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::sharedIdentityTest

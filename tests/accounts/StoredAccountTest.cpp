@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::storedAccountTest {
 namespace {
 
 using test::instant;
@@ -191,4 +191,4 @@ TEST(StoredAccount, theOverridesAreThoseOfHiddenRecordsToo)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::storedAccountTest

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::tokenStatusTest {
 namespace {
 
 TEST(TokenStatus, eachCaseHasItsOwnWord)
@@ -15,4 +15,4 @@ TEST(TokenStatus, eachCaseHasItsOwnWord)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::tokenStatusTest

@@ -1,6 +1,6 @@
 #include "app/AppDelegateTesting.h"
 
-namespace vellumor {
+namespace vellumor::appDelegateOnboardingTest {
 namespace {
 
 using AppDelegateOnboardingTest = test::AppDelegateTesting;
@@ -51,4 +51,4 @@ TEST_F(AppDelegateOnboardingTest, closingTheFirstRunFlowCompletesNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appDelegateOnboardingTest

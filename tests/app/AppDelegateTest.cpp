@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace vellumor {
+namespace vellumor::appDelegateTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -369,4 +369,4 @@ TEST_F(AppDelegateTest, whereNoReadingIsDrawnNoAlarmWaits)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appDelegateTest

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::displayProbeTest {
 namespace {
 
 TEST(DisplayProbe, withoutAServerThereIsNoScreen)
@@ -44,4 +44,4 @@ TEST(DisplayProbe, aServerThatTakesTheCallIsThere)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::displayProbeTest

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::startupTest {
 namespace {
 
 using Startup::Mode;
@@ -98,4 +98,4 @@ TEST_F(StartupTest, ofTwoStartsAtOneMomentTheLaterHandsOver)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::startupTest

@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::statusPublisherTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -129,4 +129,4 @@ TEST_F(StatusPublisherTest, thePopoverIsOpenedByWhoeverOwnsIt)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusPublisherTest

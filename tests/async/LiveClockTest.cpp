@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::liveClockTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -83,4 +83,4 @@ TEST(LiveClock, whatLiesWeeksAheadIsNotDueNow)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::liveClockTest

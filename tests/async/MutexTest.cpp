@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::mutexTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -119,4 +119,4 @@ TEST_F(MutexTest, aTurnThatWasMovedEndsOnce)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::mutexTest

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <new>
 
-namespace vellumor {
+namespace vellumor::orEndTest {
 namespace {
 
 Task<> wait(Clock& clock, bool fails)
@@ -39,4 +39,4 @@ TEST(OrEndDeathTest, aFailureThatNobodyWouldSeeEndsTheProgram)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::orEndTest

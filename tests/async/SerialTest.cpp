@@ -9,7 +9,7 @@
 
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::serialTest {
 namespace {
 
 // Notes every use, and where it happened.
@@ -78,4 +78,4 @@ TEST(Serial, whatNobodyWaitsForIsDoneInItsTurnAllTheSame)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::serialTest

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::sleepTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -51,4 +51,4 @@ TEST(Sleep, ofNoTimeDoesNotWait)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::sleepTest

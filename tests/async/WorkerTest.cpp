@@ -13,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::workerTest {
 namespace {
 
 Task<QThread*> threadOfJob(Worker& worker)
@@ -99,13 +99,13 @@ TEST(Worker, theLoopKeepsTurningWhileAJobBlocks)
 
 TEST(Worker, oneHangingWorkerDoesNotDelayAnother)
 {
+    std::binary_semaphore release(0);
     Worker hanging;
     Worker other;
-    std::binary_semaphore release(0);
     hanging.post([&release] { release.acquire(); });
     EXPECT_EQ(QCoro::waitFor(slowAnswer(other)), 7);
     release.release();
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::workerTest

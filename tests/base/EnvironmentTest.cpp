@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::environmentTest {
 
 TEST(Environment, anEntryIsSplitAtItsFirstEqualsSign)
 {
@@ -39,4 +39,4 @@ TEST(Environment, aVariableThatIsEmptyCountsAsUnset)
     EXPECT_EQ(value(environment, "empty"), std::nullopt);
 }
 
-} // namespace vellumor
+} // namespace vellumor::environmentTest

@@ -4,7 +4,7 @@
 
 #include <fcntl.h>
 
-namespace vellumor {
+namespace vellumor::fileHandleTest {
 
 namespace {
 
@@ -46,4 +46,4 @@ TEST(FileHandle, handsItsFileOverWhenItMoves)
     EXPECT_EQ(outer.get(), descriptor);
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileHandleTest

@@ -5,7 +5,7 @@
 #include <optional>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::formatDateTest {
 
 namespace {
 
@@ -202,4 +202,4 @@ TEST(FormatDate, whatIsWrittenIsReadBackToTheMillisecond)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::formatDateTest

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::formatTest {
 
 using std::chrono::seconds;
 
@@ -149,4 +149,4 @@ TEST(Format, theEndsOfTheYearsAreWrittenInFourDigits)
     EXPECT_EQ(Format::isoFractional(at(253402300799)), "9999-12-31T23:59:59.000Z");
 }
 
-} // namespace vellumor
+} // namespace vellumor::formatTest

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace vellumor {
+namespace vellumor::inPlaceJsonTest {
 namespace {
 
 using Found = std::optional<std::string_view>;
@@ -90,4 +90,4 @@ TEST(InPlaceJson, aLargeFileIsDecodedToo)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::inPlaceJsonTest

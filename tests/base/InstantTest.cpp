@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::instantTest {
 
 using std::chrono::microseconds;
 
@@ -47,4 +47,4 @@ TEST(Instant, whatLiesBetweenIsNegativeWhenTheMomentsStandTheOtherWayRound)
     EXPECT_EQ(secondsBetween(later, later), 0.0);
 }
 
-} // namespace vellumor
+} // namespace vellumor::instantTest

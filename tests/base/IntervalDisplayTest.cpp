@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::intervalDisplayTest {
 
 TEST(IntervalDisplay, secondsAreShownAloneBelowAMinuteAndLeftOutOnAFullOne)
 {
@@ -22,4 +22,4 @@ TEST(IntervalDisplay, secondsAreShownAloneBelowAMinuteAndLeftOutOnAFullOne)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::intervalDisplayTest

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::jsonTest {
 
 using namespace std::string_view_literals;
 
@@ -227,4 +227,4 @@ TEST(Json, textThatIsNotUtf8IsNotWritten)
     EXPECT_EQ(writeJson(Json{{"\xC3", 1}}, JsonLayout::compact), std::nullopt);
 }
 
-} // namespace vellumor
+} // namespace vellumor::jsonTest

@@ -11,7 +11,7 @@
 #include <random>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::localTimeTest {
 namespace {
 
 using test::instant;
@@ -180,4 +180,4 @@ TEST(LocalTime, theHoursGoFromTwelveToEleven)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::localTimeTest

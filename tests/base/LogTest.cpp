@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-namespace vellumor {
+namespace vellumor::logTest {
 
 using namespace std::string_view_literals;
 
@@ -96,4 +96,4 @@ TEST(Log, namesInOtherScriptsStayReadable)
               "[accounts] Büro 東京: ok\n");
 }
 
-} // namespace vellumor
+} // namespace vellumor::logTest

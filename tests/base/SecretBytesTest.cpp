@@ -10,7 +10,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace vellumor {
+namespace vellumor::secretBytesTest {
 
 static_assert(!std::is_copy_constructible_v<SecretBytes>);
 static_assert(!std::is_copy_assignable_v<SecretBytes>);
@@ -131,4 +131,4 @@ TEST(SecretBytes, areFollowedByAPageThatCannotBeRead)
     ::close(readEnd[1]);
 }
 
-} // namespace vellumor
+} // namespace vellumor::secretBytesTest

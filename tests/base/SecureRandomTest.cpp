@@ -6,7 +6,7 @@
 #include <regex>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::secureRandomTest {
 
 TEST(SecureRandom, numbersStayBelowTheirBoundAndReachAllOfIt)
 {
@@ -38,4 +38,4 @@ TEST(SecureRandom, aUuidIsOfVersion4InUpperCaseAndNeverTheSame)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::secureRandomTest

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::sha256Test {
 
 TEST(Sha256, theDigestIsThatOfTheStandard)
 {
@@ -38,4 +38,4 @@ TEST(Sha256, theShortDigestOfComposedAndDecomposedTextIsTheSame)
     EXPECT_NE(Sha256::hex(decomposed), Sha256::hex(composed));
 }
 
-} // namespace vellumor
+} // namespace vellumor::sha256Test

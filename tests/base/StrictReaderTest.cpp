@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::strictReaderTest {
 
 TEST(StrictReader, oneTypeIsNeverTakenForAnother)
 {
@@ -162,4 +162,4 @@ TEST(StrictReader, anAbsentDateIsNoFault)
     EXPECT_FALSE(reader.good());
 }
 
-} // namespace vellumor
+} // namespace vellumor::strictReaderTest

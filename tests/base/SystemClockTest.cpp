@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::systemClockTest {
 
 TEST(SystemClock, tellsTheWallClockInWholeMilliseconds)
 {
@@ -16,4 +16,4 @@ TEST(SystemClock, tellsTheWallClockInWholeMilliseconds)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::systemClockTest

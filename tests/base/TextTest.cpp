@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace vellumor {
+namespace vellumor::textTest {
 
 using namespace std::string_view_literals;
 
@@ -263,4 +263,4 @@ TEST(Text, everyOccurrenceIsReplacedOnceFromTheFront)
     EXPECT_EQ(Text::replaced("x", "x", "xx"), "xx");
 }
 
-} // namespace vellumor
+} // namespace vellumor::textTest

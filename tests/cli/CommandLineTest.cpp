@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::commandLineTest {
 namespace {
 
 using Form = CommandLine::Form;
@@ -85,4 +85,4 @@ TEST(CommandLine, whatItDoesNotKnowIsAMistakeWithAHint)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::commandLineTest

@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::desktopProgramTest {
 namespace {
 
 TEST(DesktopProgram, itLiesInAFolderOfItsOwnUnderTheSameName)
@@ -14,4 +14,4 @@ TEST(DesktopProgram, itLiesInAFolderOfItsOwnUnderTheSameName)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::desktopProgramTest

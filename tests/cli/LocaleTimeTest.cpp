@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::localeTimeTest {
 namespace {
 
 std::tm at(int hour, int minute)
@@ -59,4 +59,4 @@ TEST(LocaleTime, withoutALocaleItIsTheTwentyFourHourClock)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::localeTimeTest

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace vellumor {
+namespace vellumor::statusDecodingTest {
 namespace {
 
 using Variant = std::unique_ptr<GVariant, Releases<g_variant_unref>>;
@@ -65,4 +65,4 @@ TEST(StatusDecoding, anAbsurdMomentStaysWithinTheCalendar)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusDecodingTest

@@ -23,7 +23,7 @@
 #include <random>
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::crashTest {
 
 using test::CrashFile;
 
@@ -186,4 +186,4 @@ TEST(Crash, aWriterThatIsKilledAtAnyMomentLeavesEveryFileWholeAndLosesNothingTha
         EXPECT_TRUE(isJsonOrHiddenTemporary(path)) << path;
 }
 
-} // namespace vellumor
+} // namespace vellumor::crashTest

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::diagnosticsTest {
 namespace {
 
 using test::FakeClock;
@@ -151,4 +151,4 @@ TEST_F(DiagnosticsTest, nobodysAddressOrOrganisationIsPrinted)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::diagnosticsTest

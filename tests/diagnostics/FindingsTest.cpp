@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::findingsTest {
 namespace {
 
 using test::FakeClock;
@@ -205,4 +205,4 @@ TEST_F(FindingsTest, theEnvironmentDecidesFirstWhetherTheFlowIsShown)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::findingsTest

@@ -9,7 +9,7 @@
 
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::launchSweepTest {
 namespace {
 
 using test::instant;
@@ -80,4 +80,4 @@ TEST_F(LaunchSweepTest, withoutCrashesNothingIsToldAndNothingWritten)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::launchSweepTest

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::redactionTest {
 namespace {
 
 DiscoveredFacts facts(std::optional<std::string> email, std::optional<std::string> org)
@@ -68,4 +68,4 @@ TEST(Redaction, aNameIsTakenLiterally)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::redactionTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::reportTextTest {
 namespace {
 
 using test::instant;
@@ -203,8 +203,9 @@ TEST(ReportText, usageTellsEachWindowAndTheCredits)
     usage.extraUsage = ExtraUsage{true, 1250.0, "EUR", {}, 5000.0, {}, false, {}, {}};
     EXPECT_EQ(
         ReportText::usage(usage, {}, now, redaction),
-        "    usage    :  62.0%  resets in 2h 14m    Session\n"
-        "    usage    : 100.0%  no reset time       Weekly\n"
+        "    usage    :  62.0%  resets in 2h 14m    Session · projection Session "
+        "limit in 1h 41m\n"
+        "    usage    : 100.0%  no reset time       Weekly · projection none\n"
         "    extra    : display=normal enabled=true used=1250.00 limit=5000.00 util=— "
         "userDisabled=false spendLimitReached=— everEnabled=—\n"
         "    project  : stateless=Session limit in 1h 41m (no recency coverage or no change)\n");
@@ -223,6 +224,9 @@ TEST(ReportText, theForecastIsToldWithoutAndWithTheHistory)
         const std::string text = ReportText::usage(usage, samples, now, redaction);
         return text.substr(text.rfind("    project"));
     };
+    EXPECT_TRUE(ReportText::usage(usage, history, now, redaction)
+                    .starts_with("    usage    :  60.0%  resets in 2h 30m    Session · "
+                                 "projection Session ~95% by reset\n"));
     EXPECT_EQ(lastLine({}), "    project  : stateless=Session limit in 1h 40m"
                             " (no recency coverage or no change)\n");
     EXPECT_EQ(lastLine(history), "    project  : stateless=Session limit in 1h 40m"
@@ -256,4 +260,4 @@ TEST(ReportText, the429LogCountsItsLines)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::reportTextTest

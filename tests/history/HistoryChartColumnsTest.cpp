@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::historyChartColumnsTest {
 
 using HistoryChart::Columns;
 using Rows = Columns::Rows;
@@ -109,4 +109,4 @@ TEST(HistoryChartColumns, aHeightIsFromZeroToAHundred)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyChartColumnsTest

@@ -10,7 +10,7 @@
 #include <limits>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::historyChartPropertyTest {
 
 using HistoryChart::Curve;
 using HistoryChart::Point;
@@ -270,4 +270,4 @@ TEST(HistoryChartProperty, calmingMovesNoPinnedPointAndNoneOutOfReach)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyChartPropertyTest

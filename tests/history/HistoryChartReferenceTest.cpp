@@ -14,7 +14,7 @@
 #include <map>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::historyChartReferenceTest {
 
 using HistoryChart::Point;
 using HistoryChart::Points;
@@ -325,4 +325,4 @@ TEST(HistoryChartReference, whatIsThinnedIsWhatThePlainestCodeKeeps)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyChartReferenceTest

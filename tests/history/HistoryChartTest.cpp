@@ -10,7 +10,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::historyChartTest {
 
 using HistoryChart::Curve;
 using HistoryChart::Point;
@@ -396,4 +396,4 @@ TEST(HistoryChart, aWeekHasAsManyDayBoundariesAsTheCalendarCounts)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyChartTest

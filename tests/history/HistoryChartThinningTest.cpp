@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace vellumor {
+namespace vellumor::historyChartThinningTest {
 
 using HistoryChart::Thinning;
 using Indices = std::vector<std::size_t>;
@@ -69,4 +69,4 @@ TEST(HistoryChartThinning, heightsThatAreNoNumbersStillLeaveOnePointABucket)
     EXPECT_EQ(Thinning(xs, 10).kept(ys).size(), 10U);
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyChartThinningTest

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::historyCoverageTest {
 
 using HistoryCoverage::Segment;
 using test::instant;
@@ -228,4 +228,4 @@ TEST(HistoryCoverage, resetsAreCountedInTheOrderOfTime)
     EXPECT_EQ(HistoryCoverage::observedResets(samples, "session", std::nullopt), 2);
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyCoverageTest

@@ -17,7 +17,7 @@
 #include <random>
 #include <sstream>
 
-namespace vellumor {
+namespace vellumor::historyExportTest {
 
 using test::instant;
 using test::ScopedZone;
@@ -318,4 +318,4 @@ TEST(HistoryExport, theDayIsThatOfGreenwichAsAllDatesInTheFileAre)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyExportTest

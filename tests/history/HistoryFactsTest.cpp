@@ -7,7 +7,7 @@
 
 #include <clocale>
 
-namespace vellumor {
+namespace vellumor::historyFactsTest {
 
 using test::instant;
 using test::ScopedZone;
@@ -126,4 +126,4 @@ TEST(HistoryFacts, aWeekGoesFromDayToDayOfTheZone)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::historyFactsTest

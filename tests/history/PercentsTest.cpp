@@ -5,7 +5,7 @@
 #include <map>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::percentsTest {
 
 namespace {
 
@@ -167,4 +167,4 @@ TEST(Percents, equalAreThoseOfTheSameKindsAndPercents)
     EXPECT_EQ(Percents(), Percents(std::vector<std::pair<std::string_view, double>>()));
 }
 
-} // namespace vellumor
+} // namespace vellumor::percentsTest

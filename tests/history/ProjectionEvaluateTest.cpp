@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace vellumor {
+namespace vellumor::projectionEvaluateTest {
 namespace {
 
 using Eta = Projection::Eta;
@@ -323,4 +323,4 @@ TEST(ProjectionEwmaRate, itIsNeverNegativeAndPairsWithoutTimeAreSkipped)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::projectionEvaluateTest

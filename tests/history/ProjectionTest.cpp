@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace vellumor {
+namespace vellumor::projectionTest {
 
 TEST(Projection, theFamilyOfAWindowTellsItsLengthAndTheSessionIsAskedForFirst)
 {
@@ -42,4 +42,4 @@ TEST(Projection, theFamilyOfAWindowTellsItsLengthAndTheSessionIsAskedForFirst)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::projectionTest

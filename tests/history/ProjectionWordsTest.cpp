@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::projectionWordsTest {
 namespace {
 
 using test::instant;
@@ -53,4 +53,4 @@ TEST(ProjectionWords, theSummaryNamesTheWindow)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::projectionWordsTest

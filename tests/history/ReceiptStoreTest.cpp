@@ -9,7 +9,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::receiptStoreTest {
 
 using test::instant;
 
@@ -343,4 +343,4 @@ TEST_F(ReceiptStoreTest, aReceiptThatCannotBeWrittenLeavesTheOldFile)
     EXPECT_EQ(store.load("/a"), validReceipts);
 }
 
-} // namespace vellumor
+} // namespace vellumor::receiptStoreTest

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::resetAnchorStoreTest {
 
 using test::instant;
 
@@ -368,4 +368,4 @@ TEST_F(ResetAnchorStoreTest, aWriteThatFailsLeavesTheOldFile)
     EXPECT_EQ(store.load(), validAnchors);
 }
 
-} // namespace vellumor
+} // namespace vellumor::resetAnchorStoreTest

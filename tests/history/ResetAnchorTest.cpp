@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::resetAnchorTest {
 
 using test::instant;
 
@@ -118,4 +118,4 @@ TEST(ResetAnchor, theEndsOfTimeAreEstimatedWithoutOverflow)
     EXPECT_LE(*early, first + week);
 }
 
-} // namespace vellumor
+} // namespace vellumor::resetAnchorTest

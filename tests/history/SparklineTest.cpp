@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::sparklineTest {
 
 using test::instant;
 
@@ -214,4 +214,4 @@ TEST(Sparkline, pointsAreSortedByTheirTimeAndThoseOfOneMomentKeepTheirOrder)
     EXPECT_EQ(Sparkline::sortedPoints(samples, "other"), Sparkline::Run());
 }
 
-} // namespace vellumor
+} // namespace vellumor::sparklineTest

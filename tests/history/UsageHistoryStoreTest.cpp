@@ -11,7 +11,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::usageHistoryStoreTest {
 
 using test::instant;
 
@@ -353,4 +353,4 @@ TEST_F(UsageHistoryStoreTest, aPipeIsNotWaitedForAndGivesWayToAFile)
     EXPECT_EQ(*store.load("/a"), UsageSamples{sample(now)});
 }
 
-} // namespace vellumor
+} // namespace vellumor::usageHistoryStoreTest

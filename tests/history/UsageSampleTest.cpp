@@ -13,7 +13,7 @@
 #include <limits>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::usageSampleTest {
 
 using test::instant;
 
@@ -433,4 +433,4 @@ TEST(UsageSample, noKindIsReadThatCouldNotBeWritten)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::usageSampleTest

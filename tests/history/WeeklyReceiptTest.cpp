@@ -9,7 +9,7 @@
 #include <cmath>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::weeklyReceiptTest {
 
 using test::instant;
 using test::ScopedZone;
@@ -362,4 +362,4 @@ TEST(WeeklyReceipt, theMainWeeklyLimitsAreComparedIfTheyAreTheSame)
                   line);
 }
 
-} // namespace vellumor
+} // namespace vellumor::weeklyReceiptTest

@@ -5,7 +5,7 @@
 
 #include <csignal>
 
-namespace vellumor {
+namespace vellumor::handOverTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -142,4 +142,4 @@ TEST_F(HandOverTest, everyEndingSignalEndsItAtOnceAndTheNextStartRuns)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::handOverTest

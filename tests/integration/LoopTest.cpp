@@ -11,7 +11,7 @@
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::loopTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -67,4 +67,4 @@ TEST(LoopTest, theProgramTurnsWhileItScansFetchesAndKeepsAWholeWeek)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::loopTest

@@ -20,7 +20,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::pipelineTest {
 namespace {
 
 using std::chrono::hours;
@@ -284,4 +284,4 @@ TEST_F(PipelineTest, noFileThatIsHostileStopsAFetch)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::pipelineTest

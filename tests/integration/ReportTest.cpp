@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::reportTest {
 namespace {
 
 using test::Answer;
@@ -92,4 +92,4 @@ TEST_F(ReportTest, anAnswerNestedTooDeepIsRefused)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::reportTest

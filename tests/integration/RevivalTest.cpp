@@ -17,7 +17,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace vellumor {
+namespace vellumor::revivalTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -387,4 +387,4 @@ TEST_P(RevivalTest, theLoopTurnsAllTheWhile)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::revivalTest

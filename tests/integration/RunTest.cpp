@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::runTest {
 namespace {
 
 using test::Answer;
@@ -79,4 +79,4 @@ TEST_F(RunTest, withoutAnAccountItWaitsForOneAndCallsNobody)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::runTest

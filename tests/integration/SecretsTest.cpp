@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::secretsTest {
 namespace {
 
 using test::Answer;
@@ -142,4 +142,4 @@ INSTANTIATE_TEST_SUITE_P(WhateverTheAnswer, SecretsTest,
                          nameOf);
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::secretsTest

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace vellumor {
+namespace vellumor::sleepAndNetworkTest {
 namespace {
 
 using test::Answer;
@@ -223,4 +223,4 @@ TEST_F(SleepAndNetworkTest, aNetworkManagerThatHangsHoldsNobodyUp)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::sleepAndNetworkTest

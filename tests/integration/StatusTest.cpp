@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <sstream>
 
-namespace vellumor {
+namespace vellumor::statusTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -313,4 +313,4 @@ TEST_F(StatusTest, itLoadsNoQt)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::alertKeyTest {
 namespace {
 
 using test::yearLast;
@@ -95,4 +95,4 @@ TEST(AlertKey, ofPartsWithBarsIsStillJudgedByItsLastPart)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::alertKeyTest

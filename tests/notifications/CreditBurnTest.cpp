@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::creditBurnTest {
 namespace {
 
 Usage spent(std::optional<double> usedCredits)
@@ -108,4 +108,4 @@ TEST(CreditBurn, numbersOfDecimalsThatNoCurrencyHasFillNoScreen)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::creditBurnTest

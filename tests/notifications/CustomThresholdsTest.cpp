@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::customThresholdsTest {
 namespace {
 
 using namespace test;
@@ -200,4 +200,4 @@ TEST(CustomThresholds, numbersAndNamesThatMakeNoSenseHaveDefinedResults)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::customThresholdsTest

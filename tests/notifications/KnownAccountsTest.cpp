@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::knownAccountsTest {
 namespace {
 
 using Ids = std::vector<std::string>;
@@ -70,4 +70,4 @@ TEST_F(KnownAccountsTest, anAccountIsToldByItsIdAndHandedOnWhole)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::knownAccountsTest

@@ -9,7 +9,7 @@
 #include <random>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::notificationManagerPropertyTest {
 namespace {
 
 using namespace test;
@@ -354,4 +354,4 @@ TEST(NotificationManagerProperty, readingsThatMakeNoSenseAreSurvived)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::notificationManagerPropertyTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::notificationManagerSequenceTest {
 namespace {
 
 using namespace test;
@@ -353,4 +353,4 @@ TEST(NotificationManagerSequence, allCombinationsOfTheSixLevelsOverAllJumps)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::notificationManagerSequenceTest

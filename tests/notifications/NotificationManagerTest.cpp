@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::notificationManagerTest {
 namespace {
 
 using namespace test;
@@ -460,4 +460,4 @@ TEST_F(NotificationManagerTest, oneOutcomeCanBeginBothEpisodes)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::notificationManagerTest

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-namespace vellumor {
+namespace vellumor::notificationPermissionTest {
 namespace {
 
 // Answers when the test says so.
@@ -53,4 +53,4 @@ TEST(NotificationPermission, eachRequestHasItsOwnAnswer)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::notificationPermissionTest

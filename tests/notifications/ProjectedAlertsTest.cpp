@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::projectedAlertsTest {
 namespace {
 
 using namespace test;
@@ -284,4 +284,4 @@ TEST_F(ProjectedAlertsTest, resetTimesAtTheEndsOfTheCalendarAreDefined)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::projectedAlertsTest

@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::sessionClosingTest {
 namespace {
 
 using namespace test;
@@ -179,4 +179,4 @@ TEST(SessionClosing, resetTimesAtTheEndsOfTheCalendarAreFarFromClosing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::sessionClosingTest

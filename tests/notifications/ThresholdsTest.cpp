@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::thresholdsTest {
 namespace {
 
 using namespace test;
@@ -306,4 +306,4 @@ TEST(Thresholds, namesWithMarkupLineFeedsAndBarsAreTakenAsTheyStand)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::thresholdsTest

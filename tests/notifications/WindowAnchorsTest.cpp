@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::windowAnchorsTest {
 namespace {
 
 using namespace test;
@@ -282,4 +282,4 @@ TEST(WindowAnchors, aGraceThatIsNoNumberMakesNothingStaleAndAnInfiniteOneNeither
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::windowAnchorsTest

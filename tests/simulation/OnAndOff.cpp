@@ -13,7 +13,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr milliseconds week = 168h;
 constexpr double fullPercent = 60; // of account 0, when its window ends
 
 } // namespace

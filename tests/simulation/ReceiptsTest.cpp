@@ -13,7 +13,6 @@ namespace {
 using namespace std::chrono_literals;
 using Moments = std::vector<Instant>;
 
-constexpr std::chrono::hours week = 168h;
 constexpr std::chrono::hours session = 5h;
 
 // More than the twelve that are kept.

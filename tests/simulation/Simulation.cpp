@@ -15,12 +15,6 @@ namespace vellumor::simulation {
 
 using namespace std::chrono_literals;
 
-namespace {
-
-constexpr milliseconds week = 168h;
-
-} // namespace
-
 Simulation::Simulation(const Scenario& scenario)
     : m_scenario(scenario)
     , m_random(scenario.seed)

@@ -10,6 +10,8 @@ namespace vellumor::simulation {
 
 using std::chrono::milliseconds;
 
+constexpr std::chrono::hours week{168};
+
 // The time of a simulation: true time, which only goes forward, and in which the machine may stand
 // still; the program's clock follows it. What the world does stands on the agenda.
 class Timeline {

@@ -171,13 +171,13 @@ void Watch::noteInterval()
         return;
     AppState& state = m_program->state();
     const Instant now = m_program->now();
-    const auto slot = ofSeconds(state.slotInterval(now));
-    m_leastSlot = m_leastSlot ? std::min(*m_leastSlot, slot) : slot;
-    const auto interval = ofSeconds(state.effectiveInterval());
+    const auto share = ofSeconds(state.slotInterval(now));
+    m_leastSlot = m_leastSlot ? std::min(*m_leastSlot, share) : share;
+    const auto effective = ofSeconds(state.effectiveInterval());
     const auto inTurn = state.pollableAccounts(now).size() + state.revivableAccounts(now).size();
     for (auto& [account, past] : m_past) {
         past.leastInterval =
-            past.leastInterval ? std::min(*past.leastInterval, interval) : interval;
+            past.leastInterval ? std::min(*past.leastInterval, effective) : effective;
         if (inTurn < m_inTurn) // the slot of one that has left is the next one's
             past.tick.reset();
     }

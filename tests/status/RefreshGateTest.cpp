@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::refreshGateTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -38,4 +38,4 @@ TEST(RefreshGate, aClockThatWasSetBackOpensIt)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::refreshGateTest

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::statusBarTest {
 namespace {
 
 using Characters = StatusBar::Characters;
@@ -42,4 +42,4 @@ TEST(StatusBar, theLevelRisesAtSeventyFiveAndAtNinety)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusBarTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::statusFieldsTest {
 namespace {
 
 using test::reportedAt;
@@ -95,4 +95,4 @@ TEST(StatusFields, aNameCannotBreakTheLineOrTheTerminal)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusFieldsTest

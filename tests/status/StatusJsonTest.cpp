@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::statusJsonTest {
 namespace {
 
 using test::reportedAt;
@@ -81,4 +81,4 @@ TEST(StatusJson, compactIsOneLineWhateverTheNamesAre)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusJsonTest

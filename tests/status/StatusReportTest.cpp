@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::statusReportTest {
 namespace {
 
 TEST(StatusReport, theFullestLimitIsTheFirstOfEqualOnes)
@@ -42,4 +42,4 @@ TEST(StatusReport, anAccountIsFoundByItsNameOrItsId)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusReportTest

@@ -7,7 +7,7 @@
 
 #include <sstream>
 
-namespace vellumor {
+namespace vellumor::statusTableTest {
 namespace {
 
 using test::reportedAt;
@@ -90,4 +90,4 @@ TEST(StatusTable, theLineHasEveryAccount)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusTableTest

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::statusWaybarTest {
 namespace {
 
 using test::reportedAt;
@@ -63,4 +63,4 @@ TEST(StatusWaybar, thePercentageStaysWithinAHundred)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusWaybarTest

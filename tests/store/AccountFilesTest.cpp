@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::accountFilesTest {
 
 namespace {
 
@@ -102,4 +102,4 @@ TEST(AccountFiles, pruneOfWhatIsNoFolderChangesNothing)
     EXPECT_EQ(test::contentsOf(file), "mine");
 }
 
-} // namespace vellumor
+} // namespace vellumor::accountFilesTest

@@ -12,7 +12,7 @@
 #include <fstream>
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::dataRemoverTest {
 
 namespace {
 
@@ -275,4 +275,4 @@ TEST(DataRemover, aTreeOfAbsurdDepthIsAFailureAndNoCrash)
     EXPECT_EQ(removeAll(data)[0], Outcome::failed);
 }
 
-} // namespace vellumor
+} // namespace vellumor::dataRemoverTest

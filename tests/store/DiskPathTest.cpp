@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <string>
 
-namespace vellumor {
+namespace vellumor::diskPathTest {
 
 namespace {
 
@@ -165,4 +165,4 @@ TEST(DiskPath, aTypedFolderThatMayNotBeReadIsNotMissing)
     ASSERT_EQ(::chmod(closed.c_str(), 0700), 0); // so that it can go
 }
 
-} // namespace vellumor
+} // namespace vellumor::diskPathTest

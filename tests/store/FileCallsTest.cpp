@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::fileCallsTest {
 
 TEST(FileCalls, aNewFileIsClosedInChildrenAndHasTheModeAskedFor)
 {
@@ -64,4 +64,4 @@ TEST(FileCalls, aFailureIsToldByErrno)
     EXPECT_EQ(errno, ENOENT);
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileCallsTest

@@ -15,7 +15,7 @@
 #include <cstring>
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::fileReaderTest {
 
 namespace {
 
@@ -181,4 +181,4 @@ TEST(FileReader, noFileIsLeftOpen)
     EXPECT_EQ(openFiles(), before);
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileReaderTest

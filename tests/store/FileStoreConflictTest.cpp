@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace vellumor {
+namespace vellumor::fileStoreConflictTest {
 
 using test::Names;
 using test::ofVersion;
@@ -168,4 +168,4 @@ TEST_F(FileStoreConflict, aChangeInPlaceOfTheSameSizeAndTimeGoesUnseenAndAnyOthe
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileStoreConflictTest

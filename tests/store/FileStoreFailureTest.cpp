@@ -13,7 +13,7 @@
 #include <cerrno>
 #include <csignal>
 
-namespace vellumor {
+namespace vellumor::fileStoreFailureTest {
 
 namespace {
 
@@ -174,4 +174,4 @@ TEST(FileStoreFailure, aFileThatOutgrowsItsLimitLeavesTheOldOneWhole)
     EXPECT_EQ(test::namesIn(folder.path()), (Names{"file.json", "small"}));
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileStoreFailureTest

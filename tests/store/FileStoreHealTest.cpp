@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::fileStoreHealTest {
 
 namespace fs = std::filesystem;
 
@@ -119,4 +119,4 @@ TEST(FileStoreHeal, whatLiesBesideTheRootIsLeftAlone)
     EXPECT_EQ(test::modeOf(folder.path()), 0755U);
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileStoreHealTest

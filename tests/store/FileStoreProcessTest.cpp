@@ -12,7 +12,7 @@
 #include <functional>
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::fileStoreProcessTest {
 
 namespace {
 
@@ -121,4 +121,4 @@ TEST(FileStoreProcess, oneStoreServesManyThreads)
         EXPECT_EQ(test::contentsOf(path), "19");
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileStoreProcessTest

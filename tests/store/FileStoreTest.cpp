@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <regex>
 
-namespace vellumor {
+namespace vellumor::fileStoreTest {
 
 namespace {
 
@@ -234,4 +234,4 @@ TEST(FileStore, mergingGoesTwoLevelsDeep)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileStoreTest

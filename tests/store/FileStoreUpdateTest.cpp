@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::fileStoreUpdateTest {
 
 using test::Names;
 using test::ofVersion;
@@ -145,4 +145,4 @@ TEST_F(FileStoreUpdate, doublesOfAnyBitsSurvive)
         EXPECT_EQ(std::bit_cast<std::uint64_t>(found[i]), std::bit_cast<std::uint64_t>(numbers[i]));
 }
 
-} // namespace vellumor
+} // namespace vellumor::fileStoreUpdateTest

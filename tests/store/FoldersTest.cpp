@@ -5,7 +5,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
-namespace vellumor {
+namespace vellumor::foldersTest {
 
 TEST(Folders, withoutVariablesOfTheirOwnTheyLieInTheHomeFolder)
 {
@@ -72,4 +72,4 @@ TEST(Folders, linksAreNotResolved)
     EXPECT_EQ(Folders::fromEnvironment({{"HOME", "/proc/self/cwd"}}).home, "/proc/self/cwd");
 }
 
-} // namespace vellumor
+} // namespace vellumor::foldersTest

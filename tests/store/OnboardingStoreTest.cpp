@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-namespace vellumor {
+namespace vellumor::onboardingStoreTest {
 
 TEST(OnboardingStore, aFileThatIsMissingOrUnusableCountsAsNever)
 {
@@ -104,4 +104,4 @@ TEST(OnboardingStore, theVariableDecidesBeforeTheFile)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::onboardingStoreTest

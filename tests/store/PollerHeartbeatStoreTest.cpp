@@ -13,7 +13,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::pollerHeartbeatStoreTest {
 
 using test::instant;
 
@@ -268,4 +268,4 @@ TEST_F(PollerHeartbeatStoreTest, aClaimThatFailsSaysSoAndLeavesTheOldOne)
     EXPECT_EQ(store.foreignCoverageWindow(now), 300.0);
 }
 
-} // namespace vellumor
+} // namespace vellumor::pollerHeartbeatStoreTest

@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-namespace vellumor {
+namespace vellumor::preferencesStoreTest {
 
 TEST(PreferencesStore, aMissingFileIsTheDefaultsAndIsNotMade)
 {
@@ -103,4 +103,4 @@ TEST(PreferencesStore, textThatCannotBeEncodedLeavesTheFileAsItWas)
     EXPECT_EQ(test::contentsOf(path), "{}");
 }
 
-} // namespace vellumor
+} // namespace vellumor::preferencesStoreTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::preferencesTest {
 
 namespace {
 
@@ -228,4 +228,4 @@ TEST(Preferences, textThatIsNotUtf8IsNotEncoded)
     EXPECT_EQ(preferences.encode(), std::nullopt);
 }
 
-} // namespace vellumor
+} // namespace vellumor::preferencesTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::presenceMarkerTest {
 
 namespace {
 
@@ -100,4 +100,4 @@ TEST(PresenceMarker, aFolderInPlaceOfTheMarkIsNobody)
     EXPECT_FALSE(PresenceMarker::siblingInstalled("sibling", base.path()));
 }
 
-} // namespace vellumor
+} // namespace vellumor::presenceMarkerTest

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::presenceMarkerWriteTest {
 
 using test::instant;
 
@@ -202,4 +202,4 @@ TEST_F(PresenceMarkerWriteTest, aMarkThatCannotBeWrittenIsAFailureAndTheOldOneSt
     EXPECT_FALSE(write(first));
 }
 
-} // namespace vellumor
+} // namespace vellumor::presenceMarkerWriteTest

@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::sealableFileCallsTest {
 
 namespace {
 
@@ -115,4 +115,4 @@ TEST_F(SealableFileCallsTest, theSealWaitsForCallsThatAreUnderWay)
     EXPECT_EQ(test::namesIn(folder.path()).size(), atTheSeal);
 }
 
-} // namespace vellumor
+} // namespace vellumor::sealableFileCallsTest

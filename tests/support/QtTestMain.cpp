@@ -1,3 +1,5 @@
+#include "platform/linux/ConnectionThreads.h"
+
 #include <QCoreApplication>
 
 #include <gtest/gtest.h>
@@ -6,5 +8,7 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    const int status = RUN_ALL_TESTS();
+    vellumor::awaitConnectionThreads();
+    return status;
 }

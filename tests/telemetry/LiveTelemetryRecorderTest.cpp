@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::liveTelemetryRecorderTest {
 namespace {
 
 struct LiveTelemetryRecorderTest : testing::Test, test::TelemetryWorld {};
@@ -140,4 +140,4 @@ TEST_F(LiveTelemetryRecorderTest, leaveThatIsTakenBackBetweenTheStepsHolds)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::liveTelemetryRecorderTest

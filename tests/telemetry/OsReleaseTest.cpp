@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::osReleaseTest {
 
 TEST(OsRelease, namesTheSystemAndItsVersion)
 {
@@ -30,4 +30,4 @@ TEST(OsRelease, aValueComesWithoutItsQuotes)
     EXPECT_EQ(OsRelease::value("A=1", "a"), "");
 }
 
-} // namespace vellumor
+} // namespace vellumor::osReleaseTest

@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::telemetryBucketsTest {
 
 using namespace std::chrono_literals;
 
@@ -108,4 +108,4 @@ TEST(TelemetryBuckets, aSwitchIsYesOrNo)
     EXPECT_EQ(TelemetryBuckets::yesOrNo(false), "no");
 }
 
-} // namespace vellumor
+} // namespace vellumor::telemetryBucketsTest

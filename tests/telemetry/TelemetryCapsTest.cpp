@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::telemetryCapsTest {
 namespace {
 
 using Charge = TelemetryCaps::Charge;
@@ -138,4 +138,4 @@ TEST(TelemetryCaps, theCountOfTheDroppedEndsAtWhatItCanHold)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryCapsTest

@@ -6,7 +6,7 @@
 
 #include <regex>
 
-namespace vellumor {
+namespace vellumor::telemetryConfigTest {
 namespace {
 
 using test::instant;
@@ -230,4 +230,4 @@ TEST(TelemetryConfig, whatIsNotUtf8CannotBeWritten)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryConfigTest

@@ -9,7 +9,7 @@
 #include <random>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::telemetryDaysTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -166,4 +166,4 @@ TEST_F(TelemetryDaysTest, whateverHappensNoDaySeesMoreThanFiftyOrTenDiagnosticsO
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryDaysTest

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetryEventTest {
 
 TEST(TelemetryEvent, eachHasItsNameClassAndProperties)
 {
@@ -70,4 +70,4 @@ TEST(TelemetryEvent, eachHasItsNameClassAndProperties)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::telemetryEventTest

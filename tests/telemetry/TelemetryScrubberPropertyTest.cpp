@@ -7,7 +7,7 @@
 #include <random>
 #include <regex>
 
-namespace vellumor {
+namespace vellumor::telemetryScrubberPropertyTest {
 namespace {
 
 constexpr int rounds = 20'000;
@@ -166,4 +166,4 @@ TEST(TelemetryScrubberProperty, whatIsKeptIsUnchangedAndKeptAgain)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryScrubberPropertyTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetryScrubberTest {
 namespace {
 
 using Row = std::pair<std::string, bool>;
@@ -210,4 +210,4 @@ TEST(TelemetryScrubber, anEntryGoesWithItsKeyAndKeysAreNotLookedAt)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryScrubberTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetrySpineTest {
 namespace {
 
 using test::instant;
@@ -91,4 +91,4 @@ TEST(TelemetrySpine, anInstallationDateAtTheEndsOfTimeIsNewOrOlder)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetrySpineTest

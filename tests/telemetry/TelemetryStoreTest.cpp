@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::telemetryStoreTest {
 namespace {
 
 using test::FakeClock;
@@ -184,4 +184,4 @@ TEST_F(TelemetryStoreTest, belongsToOneThread)
 #endif
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryStoreTest

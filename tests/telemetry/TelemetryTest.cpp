@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetryTest {
 namespace {
 
 using Outcome = Telemetry::Outcome;
@@ -174,4 +174,4 @@ TEST_F(TelemetryTest, theReportsLineTellsTheSwitchesTheIdentityAndTheDay)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryTest

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::desktopPaletteTest {
 namespace {
 
 struct DesktopPaletteTest : testing::Test {
@@ -73,4 +73,4 @@ TEST_F(DesktopPaletteTest, everyTextOfTheDarkOneIsReadable)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::desktopPaletteTest

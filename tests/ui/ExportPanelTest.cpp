@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace vellumor {
+namespace vellumor::exportPanelTest {
 namespace {
 
 using test::contentsOf;
@@ -196,4 +196,4 @@ TEST_F(ExportPanelSaveTest, withoutAPortalQtAsks)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::exportPanelTest

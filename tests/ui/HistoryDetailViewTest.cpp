@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-namespace vellumor {
+namespace vellumor::historyDetailViewTest {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -346,4 +346,4 @@ TEST_F(HistoryDetailViewTest, markupInANameStaysText)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::historyDetailViewTest

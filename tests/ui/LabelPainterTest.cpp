@@ -10,7 +10,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::labelPainterTest {
 namespace {
 
 using MenuBarLabel::Dash;
@@ -326,4 +326,4 @@ TEST(LabelPainter, aLabelHasAPictureOfAllAndOneOfEachAtEveryScale)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::labelPainterTest

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::nameOrderTest {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -48,4 +48,4 @@ TEST_F(NameOrderTest, withoutALocaleLettersBeyondAsciiAreFoldedToo)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::nameOrderTest

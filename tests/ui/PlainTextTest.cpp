@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::plainTextTest {
 namespace {
 
 const std::string sentence = "Sign-in expired — sign in to this account in Claude Code";
@@ -246,4 +246,4 @@ TEST(PlainText, toAScreenReaderItIsALabelWithItsWholeText)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::plainTextTest

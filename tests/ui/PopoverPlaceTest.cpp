@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::popoverPlaceTest {
 namespace {
 
 using PopoverPlace::rect;
@@ -109,4 +109,4 @@ TEST(PopoverPlace, aWindowLargerThanTheScreenShowsItsUpperLeftEnd)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::popoverPlaceTest

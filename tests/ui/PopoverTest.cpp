@@ -13,7 +13,7 @@
 #include <qtestsupport_core.h>
 #include <qtestsupport_widgets.h>
 
-namespace vellumor {
+namespace vellumor::popoverTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -340,4 +340,4 @@ TEST_F(PopoverTest, theControlsAndTheMenusShortcutsReachTheProgram)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::popoverTest

@@ -18,7 +18,7 @@
 #include <algorithm>
 #include <map>
 
-namespace vellumor {
+namespace vellumor::popoverViewTest {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -495,4 +495,4 @@ TEST_F(PopoverViewTest, itFollowsTheDesktopsColours)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::popoverViewTest

@@ -5,7 +5,7 @@
 
 #include <QPointer>
 
-namespace vellumor {
+namespace vellumor::portalSavePanelTest {
 namespace {
 
 using End = PortalSavePanel::End;
@@ -86,6 +86,7 @@ TEST_F(PortalSavePanelTest, aPortalThatNamesItsRequestsOtherwiseIsListenedTo)
     test::FakeSavePortal portal(server);
     portal.manner = Manner::oldNames;
     askUntilUnderstood(portal);
+    settle(server.baseService()); // the bus knows by then what else is listened to
     portal.respond(yes);
     expectTold(End::chosen, "/home/a b/c.csv");
 }
@@ -112,6 +113,7 @@ TEST_F(PortalSavePanelTest, howThePanelEndsDecides)
     for (const auto& row : rows) {
         told.clear();
         portal.asked.clear();
+        delete panel;
         panel = new PortalSavePanel(client);
         askUntilUnderstood(portal);
         portal.respond(row.response);
@@ -166,6 +168,7 @@ TEST_F(PortalSavePanelTest, aPortalThatHasNoPanelsOrMakesNoSenseCountsAsNone)
         told.clear();
         test::FakeSavePortal portal(server);
         portal.manner = manner;
+        delete panel;
         panel = new PortalSavePanel(client);
         ask();
         expectTold(End::unavailable);
@@ -226,4 +229,4 @@ TEST(PortalSavePanel, onlyOneFileOnThisMachineIsAPath)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::portalSavePanelTest

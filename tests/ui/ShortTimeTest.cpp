@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::shortTimeTest {
 namespace {
 
 using test::instant;
@@ -81,4 +81,4 @@ TEST(ShortTime, theRestOfALocalesFormatStays)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::shortTimeTest

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::symbolsTest {
 namespace {
 
 using Symbols::Symbol;
@@ -74,4 +74,4 @@ TEST_F(SymbolsTest, noTwoAreAlike)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::symbolsTest

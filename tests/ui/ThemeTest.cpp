@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace vellumor {
+namespace vellumor::themeTest {
 namespace {
 
 constexpr double leastContrast = 4.5;
@@ -133,4 +133,4 @@ TEST(Theme, dangerHasItsOwnColours)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::themeTest

@@ -9,7 +9,7 @@
 #include <limits>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::usageBarTest {
 namespace {
 
 constexpr int width = 100;
@@ -125,4 +125,4 @@ TEST(UsageBar, aStaleOneIsFainter)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usageBarTest

@@ -9,7 +9,7 @@
 #include <ctime>
 #include <stdexcept>
 
-namespace vellumor {
+namespace vellumor::makeFeedTest {
 namespace {
 
 // The maker's tool, and what the program makes of its feeds. The tool signs with OpenSSL.
@@ -97,4 +97,4 @@ TEST_F(MakeFeedTest, whatNoProgramWouldTakeIsNotSigned)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::makeFeedTest

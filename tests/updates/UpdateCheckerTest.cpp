@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::updateCheckerTest {
 namespace {
 
 using test::answered;
@@ -206,4 +206,4 @@ TEST_F(UpdateCheckerTest, ofTwoChecksAtOnceEachIsAnsweredByItsOwnFeed)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::updateCheckerTest

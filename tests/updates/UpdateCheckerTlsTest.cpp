@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 // The whole way over TLS, against a server that may do anything.
-namespace vellumor {
+namespace vellumor::updateCheckerTlsTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -180,4 +180,4 @@ TEST_F(UpdateCheckerTlsTest, whatTheServerGetsToKnowIsTheRequestAlone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::updateCheckerTlsTest

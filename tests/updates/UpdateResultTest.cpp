@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace vellumor {
+namespace vellumor::updateResultTest {
 namespace {
 
 using Kind = UpdateFailure::Kind;
@@ -26,4 +26,4 @@ TEST(UpdateResult, eachFailureHasItsWords)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::updateResultTest

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::updateScheduleTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -223,4 +223,4 @@ TEST_F(UpdateScheduleTest, whenItGoesDuringACheckNobodyIsTold)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::updateScheduleTest

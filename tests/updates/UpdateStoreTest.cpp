@@ -8,7 +8,7 @@
 
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::updateStoreTest {
 namespace {
 
 using test::instant;
@@ -110,4 +110,4 @@ TEST_F(UpdateStoreTest, aFullDiskCostsTheFileAndNotWhatIsKnown)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::updateStoreTest

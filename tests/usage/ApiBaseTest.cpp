@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::apiBaseTest {
 namespace {
 
 TEST(ApiBase, onlyAnAddressOnThisMachineIsTaken)
@@ -72,4 +72,4 @@ TEST(ApiBase, aBaseOnThisMachineIsTakenSilently)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::apiBaseTest

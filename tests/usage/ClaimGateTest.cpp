@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::claimGateTest {
 namespace {
 
 TEST(ClaimGate, isShutWhenEveryPolledAccountFailsToDecodeAndOneFailureIsForgiven)
@@ -40,4 +40,4 @@ TEST(ClaimGate, isShutWhenEveryPolledAccountFailsToDecodeAndOneFailureIsForgiven
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::claimGateTest

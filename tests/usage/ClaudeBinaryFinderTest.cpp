@@ -10,7 +10,7 @@
 
 #include <sys/stat.h>
 
-namespace vellumor {
+namespace vellumor::claudeBinaryFinderTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -225,4 +225,4 @@ TEST_F(ClaudeBinaryFinderTest, aNoteThatCannotBeWrittenDoesNotHideThePath)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::claudeBinaryFinderTest

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::claudeBinaryTest {
 namespace {
 
 using Paths = std::vector<std::string>;
@@ -202,4 +202,4 @@ TEST_F(ClaudeBinaryOnDiskTest, nothingElseIsExecutable)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::claudeBinaryTest

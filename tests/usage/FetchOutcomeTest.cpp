@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::fetchOutcomeTest {
 namespace {
 
 TEST(FetchOutcome, eachSourceHasItsOwnWord)
@@ -28,4 +28,4 @@ TEST(FetchOutcome, saysNothingUntilSomethingWasFoundOut)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::fetchOutcomeTest

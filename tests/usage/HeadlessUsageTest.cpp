@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::headlessUsageTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -109,4 +109,4 @@ TEST_F(HeadlessUsageTest, severalMayRunAtATime)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::headlessUsageTest

@@ -11,7 +11,7 @@
 #include <coroutine>
 #include <set>
 
-namespace vellumor {
+namespace vellumor::liveCollaboratorsTest {
 namespace {
 
 using test::FakeClock;
@@ -188,4 +188,4 @@ TEST_F(LiveCollaboratorsTest, refusalsOfFetchesInFlightDoubleTheWaitExactlyOnceE
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::liveCollaboratorsTest

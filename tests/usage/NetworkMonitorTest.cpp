@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::networkMonitorTest {
 namespace {
 
 struct FakePaths final : PathMonitor {
@@ -74,4 +74,4 @@ TEST_F(NetworkMonitorTest, worksWithNobodyListening)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::networkMonitorTest

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::persistedClaudePathTest {
 namespace {
 
 using test::FailingFileCalls;
@@ -95,4 +95,4 @@ TEST_F(PersistedClaudePathTest, aFailedWriteIsSilentAndLeavesTheOldPath)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::persistedClaudePathTest

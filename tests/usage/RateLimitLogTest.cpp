@@ -9,7 +9,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::rateLimitLogTest {
 namespace {
 
 using test::contentsOf;
@@ -163,4 +163,4 @@ TEST(RateLimitLog, readingForTheReportCreatesNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::rateLimitLogTest

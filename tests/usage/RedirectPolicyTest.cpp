@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::redirectPolicyTest {
 namespace {
 
 TEST(RedirectPolicy, theTokenStaysWithTheVerySameHostAlone)
@@ -33,4 +33,4 @@ TEST(RedirectPolicy, theTokenStaysWithTheVerySameHostAlone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::redirectPolicyTest

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::tokenReviverCommandTest {
 namespace {
 
 using test::TempFolder;
@@ -151,4 +151,4 @@ TEST_F(TokenReviverCommandInAShellTest, forTheDefaultDirectoryTheVariableIsTaken
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::tokenReviverCommandTest

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::tokenReviverTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -321,4 +321,4 @@ TEST_F(TokenReviverTest, noPathCanForgeALineOfTheLog)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::tokenReviverTest

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::usageClientTest {
 namespace {
 
 using Kind = UsageFetchError::Kind;
@@ -207,4 +207,4 @@ TEST_F(UsageClientTest, noDescriptionHoldsTheToken)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usageClientTest

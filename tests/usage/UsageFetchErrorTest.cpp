@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::usageFetchErrorTest {
 namespace {
 
 using Kind = UsageFetchError::Kind;
@@ -48,4 +48,4 @@ TEST(UsageFetchError, aRetryAfterThatNoIntegerHoldsIsDescribedAllTheSame)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usageFetchErrorTest

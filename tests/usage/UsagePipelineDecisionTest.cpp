@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <sstream>
 
-namespace vellumor {
+namespace vellumor::usagePipelineDecisionTest {
 namespace {
 
 using std::chrono::seconds;
@@ -411,4 +411,4 @@ TEST(UsagePipelineDecision, everyCombinationHasItsOutcomeAndSpendsNoCallThatItNe
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usagePipelineDecisionTest

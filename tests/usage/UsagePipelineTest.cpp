@@ -8,7 +8,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::usagePipelineTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -433,4 +433,4 @@ TEST_F(UsagePipelineTest, theLogTellsEachDecisionByTheAccountsName)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usagePipelineTest

@@ -4,6 +4,8 @@ namespace vellumor {
 
 namespace {
 
+using Kind = UsageFetchError::Kind;
+
 struct Failure {
     const char* category;
     const char* layer;
@@ -11,7 +13,6 @@ struct Failure {
 
 Failure failureOf(UsageFetchError::Kind kind)
 {
-    using Kind = UsageFetchError::Kind;
     switch (kind) {
     case Kind::keychain:
         return {"keychain_read_fail", "keychain"};

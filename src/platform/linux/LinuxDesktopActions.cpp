@@ -116,8 +116,10 @@ Task<bool> LinuxDesktopActions::showInFileManager(std::string path, bool isFolde
 
 Task<bool> LinuxDesktopActions::openPage(std::string url)
 {
-    if (!isPage(url))
+    if (!isPage(url)) {
+        log(Tag::main, "no page: it is not opened");
         co_return false;
+    }
     std::vector<ChildLauncher::Command> commands = openers(url);
     commands.push_back({"x-www-browser", url});
     const bool isOpen = co_await m_launcher.launchFirst(std::move(commands));

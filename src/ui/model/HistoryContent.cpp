@@ -108,6 +108,7 @@ HistoryContent HistoryContent::of(const Account& account, const UsageSamples& hi
     content.name = account.displayName;
     const auto weekly = weeklyKinds(usage, kinds);
     std::vector<std::string_view> names;
+    names.reserve(weekly.size());
     for (const auto& [kind, title] : weekly)
         names.push_back(kind);
     auto segments = HistoryChart::segmentsOfKinds(history, names, shown);

@@ -18,8 +18,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostLines = 8;
-
 } // namespace
 
 DisclosureStep::DisclosureStep(AppState& appState, PrivacyModel& privacy)
@@ -65,7 +63,7 @@ void DisclosureStep::addHeading(const char* text, bool isLarge)
 
 void DisclosureStep::addText(const std::string& text)
 {
-    auto* const line = new PlainText(this, mostLines);
+    auto* const line = new PlainText(this, PlainText::pageLines);
     line->setPlainText(text);
     line->fixWidth(onboardingWidth(font()));
     m_column->addWidget(line);
@@ -80,7 +78,7 @@ QCheckBox* DisclosureStep::addToggle(const char* title, const char* help)
     m_column->addWidget(box);
     const int indent = style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, box) +
                        style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, box);
-    auto* const line = new PlainText(this, mostLines);
+    auto* const line = new PlainText(this, PlainText::pageLines);
     line->setFont(SettingsMetrics::secondary(font()));
     line->setDimmed();
     line->setPlainText(help);

@@ -21,7 +21,6 @@ using namespace SettingsMetrics;
 namespace {
 
 constexpr int iconPoints = 64;
-constexpr int mostLines = 6;
 
 } // namespace
 
@@ -56,7 +55,7 @@ AboutTab::AboutTab(AppState& appState, AboutModel& about, PrivacyModel& privacy,
 
 PlainText* AboutTab::addText(QVBoxLayout& column, bool isDimmed)
 {
-    auto* const line = new PlainText(this, mostLines);
+    auto* const line = new PlainText(this, PlainText::pageLines);
     if (isDimmed) {
         line->setFont(secondary(font()));
         line->setDimmed();

@@ -23,7 +23,6 @@ namespace {
 
 constexpr const char* serviceHelp =
     "Only needed if Vellumor can't find this account's sign-in token";
-constexpr int mostLines = 4;
 
 // Not what the user is about to type.
 void setUnlessEdited(QLineEdit& edit, const std::string& text)
@@ -53,7 +52,7 @@ AccountRow::AccountRow(QWidget* parent)
     , m_more(new SymbolButton(Symbols::Symbol::more, this))
     , m_serviceBlock(new QWidget(this))
     , m_service(new QLineEdit(m_serviceBlock))
-    , m_serviceNote(new PlainText(m_serviceBlock, mostLines))
+    , m_serviceNote(new PlainText(m_serviceBlock, PlainText::pageLines))
 {
     Accessibility::setRole(*this, QAccessible::Grouping);
     makeControls();

@@ -14,7 +14,6 @@
 #include "ui/settings/SettingsMetrics.h"
 #include "ui/settings/TabOrder.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPushButton>
@@ -30,7 +29,6 @@ using namespace SettingsMetrics;
 namespace {
 
 constexpr double mostOfScreen = 0.4; // a longer list scrolls
-constexpr int mostLines = 4;
 
 QVBoxLayout* columnOf(QWidget* widget)
 {
@@ -51,7 +49,6 @@ AccountsTab::AccountsTab(AppState& appState, const SettingsActions& actions)
     column->setSpacing(3 * step);
     column->addWidget(makeHeader());
     m_rows = new AccountRows(appState, m_list);
-    m_rows->installEventFilter(this);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setFocusPolicy(Qt::NoFocus);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -74,7 +71,7 @@ QWidget* AccountsTab::makeHeader()
     auto* const column = columnOf(header);
     const QString text = QString::fromUtf8(AccountsContent::header);
     for (const QString& part : text.split(u'\n')) {
-        auto* const line = new PlainText(header, mostLines);
+        auto* const line = new PlainText(header, PlainText::pageLines);
         line->setFont(secondary(font()));
         line->setDimmed();
         line->setPlainText(part.toStdString());
@@ -91,7 +88,7 @@ QWidget* AccountsTab::makeEmpty()
     column->setContentsMargins(0, sectionGap, 0, sectionGap);
     m_emptyTitle = new PlainText(empty);
     m_emptyTitle->setFont(PopoverMetrics::of(font()).name);
-    m_emptyText = new PlainText(empty, mostLines);
+    m_emptyText = new PlainText(empty, PlainText::pageLines);
     m_emptyText->setAlignment(Qt::AlignHCenter);
     m_guide = new LinkButton(empty);
     m_guide->setText(QStringLiteral("How to sign in to Claude Code"));
@@ -187,14 +184,6 @@ void AccountsTab::fitList()
 {
     const int most = static_cast<int>(screen()->availableGeometry().height() * mostOfScreen);
     m_list->setFixedHeight(std::min(m_rows->sizeHint().height(), most));
-}
-
-// A row grows by its note once it knows how wide it is.
-bool AccountsTab::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched == m_rows && event->type() == QEvent::LayoutRequest)
-        fitList();
-    return SettingsPage::eventFilter(watched, event);
 }
 
 void AccountsTab::refresh()

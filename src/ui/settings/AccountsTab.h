@@ -24,7 +24,6 @@ public:
 
 protected:
     void refresh() override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     [[nodiscard]] QWidget* makeHeader();

@@ -53,7 +53,9 @@ void NewClaudeAccountSheet::makeButtons(const SettingsActions& actions)
             [this, put = actions.copy] { put(m_command->text().toStdString()); });
     connect(terminal, &QPushButton::clicked, this, actions.openTerminal);
     connect(scan, &QPushButton::clicked, this, [this] {
-        [[maybe_unused]] const Task<> running = orEnd(m_appState.rescan());
+        // Looks for accounts, and a folder that was removed comes back by being used.
+        const auto directory = NewClaudeAccountContent::of(m_label->text().toStdString()).directory;
+        [[maybe_unused]] const Task<> running = orEnd(m_appState.restore(directory));
         accept();
     });
 }

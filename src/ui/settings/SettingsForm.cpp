@@ -13,8 +13,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostLines = 8;
-
 int widest(const std::initializer_list<const char*>& labels, const QFontMetrics& metrics)
 {
     int width = 0;
@@ -89,7 +87,7 @@ void SettingsForm::add(const char* label, QLayout* controls, int firstRow)
 
 PlainText* SettingsForm::addText(const std::string& text, int left)
 {
-    auto* const line = new PlainText(m_page, mostLines);
+    auto* const line = new PlainText(m_page, PlainText::pageLines);
     line->setPlainText(text);
     line->setFont(SettingsMetrics::secondary(m_page->font()));
     line->setDimmed();
@@ -105,7 +103,7 @@ PlainText* SettingsForm::note(const std::string& text)
 
 PlainText* SettingsForm::text(const std::string& text)
 {
-    auto* const line = new PlainText(m_page, mostLines);
+    auto* const line = new PlainText(m_page, PlainText::pageLines);
     line->setPlainText(text);
     line->fixWidth(m_controlWidth);
     m_grid->addWidget(line, m_row++, 1, Qt::AlignLeft | Qt::AlignTop);

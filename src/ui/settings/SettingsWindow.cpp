@@ -34,25 +34,25 @@ SettingsWindow::SettingsWindow(Parts parts)
     column->setContentsMargins(margin, margin / 2, margin, margin);
     column->setSpacing(margin);
     column->setSizeConstraint(QLayout::SetFixedSize);
-    auto* const tabs = new QHBoxLayout;
+    auto* const head = new QHBoxLayout;
     auto* const group = new QButtonGroup(this); // apart from the pages' own buttons
-    tabs->setSpacing(4);
-    tabs->addStretch(1);
+    head->setSpacing(4);
+    head->addStretch(1);
     for (const SettingsTab tab : allSettingsTabs) {
         auto* const button = new TabBarButton(tab, this);
         connect(button, &QAbstractButton::toggled, this, [this, tab](bool isOn) {
             if (isOn)
                 select(tab);
         });
-        tabs->addWidget(button);
+        head->addWidget(button);
         group->addButton(button);
         QWidget* const page = makeTab(tab);
         page->setParent(this);
         page->setFixedWidth(SettingsMetrics::contentWidth(font()));
         m_tabs[tab] = {button, page};
     }
-    tabs->addStretch(1);
-    column->addLayout(tabs);
+    head->addStretch(1);
+    column->addLayout(head);
     for (const auto& [tab, made] : m_tabs)
         column->addWidget(made.page);
     select(allSettingsTabs.front());

@@ -13,8 +13,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostLines = 6;
-
 int sheetWidth(const QFont& font)
 {
     return SettingsMetrics::contentWidth(font) * 3 / 4;
@@ -25,7 +23,7 @@ int sheetWidth(const QFont& font)
 Sheet::Sheet(QWidget* parent)
     : QDialog(parent)
     , m_heading(new PlainText(this, 2))
-    , m_text(new PlainText(this, mostLines))
+    , m_text(new PlainText(this, PlainText::pageLines))
     , m_content(new QVBoxLayout)
     , m_buttons(new QHBoxLayout)
 {
@@ -62,7 +60,7 @@ QPushButton* Sheet::addButton(const char* title)
 
 PlainText* Sheet::addText()
 {
-    auto* const line = new PlainText(this, mostLines);
+    auto* const line = new PlainText(this, PlainText::pageLines);
     line->hide();
     m_content->addWidget(line);
     return line;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::accountListTest {
 namespace {
 
 Account account(const std::string& id, int order, bool tracked = true, bool pinned = true)
@@ -104,4 +104,4 @@ TEST(AccountList, theIdsAndTheDirectoriesStandInTheOrderOfTheAccounts)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountListTest

@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-namespace vellumor {
+namespace vellumor::accountUsageStateTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -147,4 +147,4 @@ TEST(AccountUsageState, theAgeIsThatOfTheOldestReadingThatDoesNotWaitForTheUser)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountUsageStateTest

@@ -3,7 +3,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::appStateDiskTest {
 namespace {
 
 using test::AppWorld;
@@ -64,4 +64,4 @@ TEST(AppStateDisk, noWriteIsTriedMoreOftenThanOnAHealthyOne)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateDiskTest

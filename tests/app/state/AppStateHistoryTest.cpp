@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::appStateHistoryTest {
 namespace {
 
 using std::chrono::seconds;
@@ -141,4 +141,4 @@ TEST_F(AppStateHistoryTest, oneThatAnotherRoundHasDroppedComesBack)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateHistoryTest

@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::appStateNewAccountsTest {
 namespace {
 
 using test::Names;
@@ -83,4 +83,4 @@ TEST_F(AppStateNewAccountsTest, eachIsToldOfByANotificationOfItsOwnWhereTheyAreO
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateNewAccountsTest

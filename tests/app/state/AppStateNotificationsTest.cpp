@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::appStateNotificationsTest {
 namespace {
 
 using std::chrono::hours;
@@ -99,4 +99,4 @@ TEST_F(AppStateNotificationsTest, aSignedOutAccountIsToldOfWhenTheUserRefreshes)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateNotificationsTest

@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::appStateReceiptsTest {
 namespace {
 
 using std::chrono::hours;
@@ -200,4 +200,4 @@ TEST_F(AppStateReceiptsTest, thoseOfAnAccountThatHasGoneGoAndThoseOfAHiddenOneSt
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateReceiptsTest

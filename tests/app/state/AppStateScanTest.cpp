@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::appStateScanTest {
 namespace {
 
 using std::chrono::seconds;
@@ -113,7 +113,7 @@ TEST_F(AppStateScanTest, theStepsComeInOrder)
     disk.forget();
     // What each file finds in the state of the others when it is written.
     std::map<std::string, std::pair<Names, Kept>> seen;
-    const auto stray = [this](const std::string& folder) {
+    const auto stray = [](const std::string& folder) {
         return std::filesystem::exists(AccountFiles::path(folder, "/gone"));
     };
     disk.onWrite([&](const std::string& name) {
@@ -333,4 +333,4 @@ TEST_F(AppStateScanTest, aNameThatIsGivenDuringAScanStays)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateScanTest

@@ -3,7 +3,7 @@
 #include "app/state/AppStateTesting.h"
 #include "support/FileState.h"
 
-namespace vellumor {
+namespace vellumor::appStateSettingsTest {
 namespace {
 
 using test::Names;
@@ -165,4 +165,4 @@ TEST_F(AppStateSettingsTest, observersAreToldOnceATurnAndAfterTheChange)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateSettingsTest

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace vellumor {
+namespace vellumor::appStateTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -382,4 +382,4 @@ TEST_F(AppStateTest, aRoundKeepsTheCoverageThatItBeganWith)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::appStateTest

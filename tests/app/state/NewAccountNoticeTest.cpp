@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::newAccountNoticeTest {
 namespace {
 
 TEST(NewAccountNotice, oneIsNamedMoreAreCountedToo)
@@ -13,4 +13,4 @@ TEST(NewAccountNotice, oneIsNamedMoreAreCountedToo)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::newAccountNoticeTest

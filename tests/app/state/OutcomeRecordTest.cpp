@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::outcomeRecordTest {
 namespace {
 
 using Steps = std::vector<std::string>;
@@ -80,4 +80,4 @@ TEST(OutcomeRecord, nothingComesOfNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::outcomeRecordTest

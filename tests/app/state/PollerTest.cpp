@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::pollerTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -220,4 +220,4 @@ TEST_F(PollerTest, aStepOfTheWallClockChangesNothingInTheSpacing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::pollerTest

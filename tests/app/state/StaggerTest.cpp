@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::staggerTest {
 namespace {
 
 const Instant now = test::instant("2026-03-29T12:00:00Z");
@@ -38,4 +38,4 @@ TEST(Stagger, eachAccountThatIsPolledTakesAMinute)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::staggerTest

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::crashDigestBadInputTest {
 namespace {
 
 using test::bodyWith;
@@ -164,4 +164,4 @@ TEST(CrashDigest, hugeFramesTakeTimeInProportionToTheirLength)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::crashDigestBadInputTest

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::crashDigestTest {
 namespace {
 
 using test::bodyWith;
@@ -212,4 +212,4 @@ TEST(CrashDigest, theUptimeIsToldCoarsely)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::crashDigestTest

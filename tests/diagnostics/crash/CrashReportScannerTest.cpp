@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace vellumor {
+namespace vellumor::crashReportScannerTest {
 namespace {
 
 using test::bodyWith;
@@ -137,4 +137,4 @@ TEST(CrashReportScanner, aLookAtRecentCrashesGoesBackTwentyReports)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::crashReportScannerTest

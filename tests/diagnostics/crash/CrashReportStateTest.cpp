@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::crashReportStateTest {
 namespace {
 
 using Sent = CrashReportState::Sent;
@@ -123,4 +123,4 @@ TEST(CrashReportState, aListThatIsTooLongIsCutAtTheNextRecord)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::crashReportStateTest

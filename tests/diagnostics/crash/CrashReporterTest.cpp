@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::crashReporterTest {
 namespace {
 
 using CrashReporter::Properties;
@@ -143,4 +143,4 @@ TEST_F(CrashReporterTest, aStateThatCannotBeWrittenDisturbsNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::crashReporterTest

@@ -7,7 +7,7 @@
 
 #include <regex>
 
-namespace vellumor {
+namespace vellumor::supportReportTest {
 namespace {
 
 using SupportReport::Environment;
@@ -139,4 +139,4 @@ TEST(SupportReport, theEnvironmentIsThatOfThisProgramAndSystem)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::supportReportTest

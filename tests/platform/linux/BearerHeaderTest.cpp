@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-namespace vellumor {
+namespace vellumor::bearerHeaderTest {
 namespace {
 
 TEST(BearerHeader, holdsTheSchemeAndTheToken)
@@ -52,4 +52,4 @@ TEST(BearerHeader, visibleAsciiAloneCanBeSent)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::bearerHeaderTest

@@ -4,7 +4,7 @@
 
 #include <initializer_list>
 
-namespace vellumor {
+namespace vellumor::httpRouteTest {
 namespace {
 
 HttpRoute routeAlong(const std::string& start, std::initializer_list<const char*> locations)
@@ -105,4 +105,4 @@ TEST(HttpRoute, dropsANameAndPasswordOfAnAddress)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::httpRouteTest

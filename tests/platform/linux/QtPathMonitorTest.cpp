@@ -15,7 +15,7 @@
 #include <memory>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::qtPathMonitorTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -152,4 +152,4 @@ TEST_F(QtPathMonitorTest, aBusThatTakesItsTimeIsListenedToInTheEnd)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::qtPathMonitorTest

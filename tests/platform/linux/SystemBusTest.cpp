@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-namespace vellumor {
+namespace vellumor::systemBusTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -82,4 +82,4 @@ TEST(SystemBus, withoutAnAddressTheUsualOneCounts)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::systemBusTest

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <random>
 
-namespace vellumor {
+namespace vellumor::statusFilesTest {
 namespace {
 
 using std::chrono::minutes;
@@ -199,4 +199,4 @@ TEST(StatusFiles, anAccountWithoutAReadingHasNoDataAndAnAccountWithoutAFolderIsG
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusFilesTest

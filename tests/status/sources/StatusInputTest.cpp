@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::statusInputTest {
 namespace {
 
 using std::chrono::hours;
@@ -142,4 +142,4 @@ TEST_F(StatusInputTest, theNextChangeByTimeAloneIsThatOfTheFirstReadingToGrowOld
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusInputTest

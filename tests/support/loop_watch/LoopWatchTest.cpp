@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::loopWatchTest {
 namespace {
 
 using test::ChildProcess;
@@ -84,4 +84,4 @@ TEST_P(LoopWatchTest, theTimeInWhichOthersHadTheProcessorDoesNotCount)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::loopWatchTest

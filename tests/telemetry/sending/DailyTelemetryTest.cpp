@@ -10,7 +10,7 @@
 #include <semaphore>
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::dailyTelemetryTest {
 namespace {
 
 struct DailyTelemetryTest : testing::Test {
@@ -89,4 +89,4 @@ TEST_F(DailyTelemetryTest, whatIsNotDueGathersNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::dailyTelemetryTest

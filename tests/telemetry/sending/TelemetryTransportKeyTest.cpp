@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetryTransportKeyTest {
 namespace {
 
 using Key = TelemetryTransport::Key;
@@ -114,4 +114,4 @@ TEST_F(StandardTransport, theEnvironmentsHostReplacesTheBuildsWhenItIsOne)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryTransportKeyTest

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetryTransportTest {
 namespace {
 
 using test::FakeClock;
@@ -281,4 +281,4 @@ TEST_F(TelemetryTransportTest, nothingIsTimed)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryTransportTest

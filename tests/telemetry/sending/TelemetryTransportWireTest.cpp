@@ -15,7 +15,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::telemetryTransportWireTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -343,4 +343,4 @@ TEST_F(TelemetryTransportWireTest, aRequestOutlivesTheTransportAndTheNetworkOutl
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::telemetryTransportWireTest

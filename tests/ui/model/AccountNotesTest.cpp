@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::accountNotesTest {
 namespace {
 
 using Kind = UsageFetchError::Kind;
@@ -109,4 +109,4 @@ TEST(StatusNote, theDetailsOfAnErrorAreNotShown)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountNotesTest

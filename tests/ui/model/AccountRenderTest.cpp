@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::accountRenderTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -181,4 +181,4 @@ TEST(AccountRender, withoutASessionItsPercentIsZeroAndWithoutOthersThereIsNoSeco
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountRenderTest

@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace vellumor {
+namespace vellumor::accountSectionContentTest {
 namespace {
 
 using std::chrono::hours;
@@ -307,4 +307,4 @@ TEST(UsageLevel, itIsHighFromThreeQuartersAndFullFromNineTenths)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountSectionContentTest

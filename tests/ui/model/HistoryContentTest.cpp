@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::historyContentTest {
 namespace {
 
 using std::chrono::hours;
@@ -218,4 +218,4 @@ TEST(HistoryContent, theLastWeekIsComparedWithTheOneBeforeAlone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::historyContentTest

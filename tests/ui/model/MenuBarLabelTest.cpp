@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace vellumor {
+namespace vellumor::menuBarLabelTest {
 namespace {
 
 using MenuBarLabel::Group;
@@ -221,4 +221,4 @@ TEST(MenuBarLabel, theSettingsFourChoicesAreTheModesEachWithOneSlotOrTwo)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::menuBarLabelTest

@@ -8,7 +8,7 @@
 
 #include <cmath>
 
-namespace vellumor {
+namespace vellumor::menuBarLabelTextTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -182,4 +182,4 @@ TEST(MenuBarLabelStaleness, theReadingOfARefusedAccountIsNotDrawn)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::menuBarLabelTextTest

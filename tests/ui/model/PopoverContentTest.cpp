@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace vellumor {
+namespace vellumor::popoverContentTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -208,4 +208,4 @@ TEST_F(PopoverContentTest, aSecondChangesWhatCountsTimeAndFetchesNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::popoverContentTest

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::resetTooltipTest {
 namespace {
 
 using test::instant;
@@ -136,4 +136,4 @@ TEST(ResetTooltip, aLimitOfWhichNothingIsKnownHasNone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::resetTooltipTest

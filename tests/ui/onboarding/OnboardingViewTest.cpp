@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::onboardingViewTest {
 namespace {
 
 using test::Names;
@@ -326,4 +326,4 @@ TEST_F(OnboardingViewTest, aFewAccountsStandCloseTogetherAtTheTop)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::onboardingViewTest

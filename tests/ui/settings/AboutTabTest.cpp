@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::aboutTabTest {
 namespace {
 
 using test::Names;
@@ -136,4 +136,4 @@ TEST_F(AboutTabTest, itIsIndependentOfTheMakerOfClaudeAndSaysSo)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::aboutTabTest

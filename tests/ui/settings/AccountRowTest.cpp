@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::accountRowTest {
 namespace {
 
 struct AccountRowTest : test::SettingsTesting {
@@ -314,4 +314,4 @@ TEST_F(AccountRowTest, anAccountMayVanishWhileItsNameIsBeingTyped)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountRowTest

@@ -6,7 +6,7 @@
 #include <QFrame>
 #include <QScrollBar>
 
-namespace vellumor {
+namespace vellumor::accountRowsTest {
 namespace {
 
 using test::Names;
@@ -289,4 +289,4 @@ TEST_F(AccountRowsTest, aRowThatIsDraggedTowardsTheEdgeScrollsTheListOn)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountRowsTest

@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::accountsTabTest {
 namespace {
 
 using test::Names;
@@ -299,4 +299,4 @@ TEST_F(AccountsTabTest, fewAccountsNeedNoScrolling)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountsTabTest

@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::generalTabTest {
 namespace {
 
 using test::Names;
@@ -187,4 +187,4 @@ TEST_F(GeneralTabTest, whatCouldNotBeDeletedIsNamed)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::generalTabTest

@@ -4,7 +4,7 @@
 
 #include <QPointer>
 
-namespace vellumor {
+namespace vellumor::manualAddSheetTest {
 namespace {
 
 using test::says;
@@ -259,4 +259,4 @@ TEST_F(ManualAddSheetTest, aSheetThatIsClosedWhileTheFolderIsLookedAtAddsNothing
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::manualAddSheetTest

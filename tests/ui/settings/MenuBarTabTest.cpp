@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::menuBarTabTest {
 namespace {
 
 struct MenuBarTabTest : test::SettingsTesting {
@@ -85,4 +85,4 @@ TEST_F(MenuBarTabTest, aChangeFromElsewhereIsShown)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::menuBarTabTest

@@ -4,7 +4,7 @@
 
 #include <QPointer>
 
-namespace vellumor {
+namespace vellumor::newClaudeAccountSheetTest {
 namespace {
 
 using test::says;
@@ -112,6 +112,17 @@ TEST_F(NewClaudeAccountSheetTest, aFolderThatWasRemovedIsMentioned)
     EXPECT_FALSE(says(*sheet, removedNote));
 }
 
+TEST_F(NewClaudeAccountSheetTest, aFolderThatWasRemovedComesBackByBeingUsed)
+{
+    add("ada");
+    rescan();
+    state.remove(account("ada"));
+    openSheet();
+    test::type(label(), "ada");
+    pressInSheet("Scan When Done");
+    EXPECT_EQ(namesOf(state.accounts()), test::Names{"ada"});
+}
+
 TEST_F(NewClaudeAccountSheetTest, aLabelAsLongAsOneLikesIsCopiedWhole)
 {
     openSheet();
@@ -125,4 +136,4 @@ TEST_F(NewClaudeAccountSheetTest, aLabelAsLongAsOneLikesIsCopiedWhole)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::newClaudeAccountSheetTest

@@ -4,7 +4,7 @@
 
 #include <QSpinBox>
 
-namespace vellumor {
+namespace vellumor::notificationsTabTest {
 namespace {
 
 using Field = bool Preferences::*;
@@ -350,4 +350,4 @@ TEST_F(NotificationsTabTest, aChangeFromElsewhereIsShown)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::notificationsTabTest

@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::privacyTabTest {
 namespace {
 
 struct PrivacyTabTest : test::SettingsTesting {
@@ -89,4 +89,4 @@ TEST_F(PrivacyTabTest, twoLinksLeadToThePolicyAndTheEvents)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::privacyTabTest

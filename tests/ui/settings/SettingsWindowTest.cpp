@@ -8,7 +8,7 @@
 
 #include <set>
 
-namespace vellumor {
+namespace vellumor::settingsWindowTest {
 namespace {
 
 using test::Names;
@@ -273,4 +273,4 @@ TEST_F(SettingsWindowTest, labelsEndWhereTheirControlsBegin)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::settingsWindowTest

@@ -2,7 +2,7 @@
 
 #include "ui/settings/SettingsTesting.h"
 
-namespace vellumor {
+namespace vellumor::usageTabTest {
 namespace {
 
 struct UsageTabTest : test::SettingsTesting {
@@ -166,4 +166,4 @@ TEST_F(UsageTabTest, aPathThatDoesNotFitIsWholeInItsTooltip)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usageTabTest

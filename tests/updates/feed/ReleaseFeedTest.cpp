@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::releaseFeedTest {
 namespace {
 
 using Problem = ReleaseFeed::Problem;
@@ -229,4 +229,4 @@ TEST(ReleaseFeed, aKeyOfSmallOrderVouchesForNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::releaseFeedTest

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace vellumor {
+namespace vellumor::releaseVersionTest {
 namespace {
 
 TEST(ReleaseVersion, isThreeNumbersAndNothingElse)
@@ -63,4 +63,4 @@ TEST(ReleaseVersion, isOrderedByItsNumbersFromTheLeft)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::releaseVersionTest

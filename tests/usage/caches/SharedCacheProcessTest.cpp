@@ -20,7 +20,7 @@
 #include <set>
 #include <thread>
 
-namespace vellumor {
+namespace vellumor::sharedCacheProcessTest {
 
 namespace {
 
@@ -346,4 +346,4 @@ TEST_F(SharedCacheProcessTest, manyWritersTearNothingAndLoseNoBackoffAndNoForeig
     EXPECT_LE(replay.overtaken, replay.backoffs / 10);
 }
 
-} // namespace vellumor
+} // namespace vellumor::sharedCacheProcessTest

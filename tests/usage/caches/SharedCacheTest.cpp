@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::sharedCacheTest {
 
 using test::instant;
 
@@ -339,4 +339,4 @@ TEST_F(SharedCacheTest, aFileOfANewerVersionIsKeptWithItsAccount)
     EXPECT_EQ(test::stateOf(path), before);
 }
 
-} // namespace vellumor
+} // namespace vellumor::sharedCacheTest

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::usageSnapshotStoreTest {
 
 using test::instant;
 
@@ -234,4 +234,4 @@ TEST_F(UsageSnapshotStoreTest, aWriteThatFailsLeavesTheOldFile)
     EXPECT_EQ(store.load(), twoReadings);
 }
 
-} // namespace vellumor
+} // namespace vellumor::usageSnapshotStoreTest

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::vscodeStatusCacheTest {
 
 using test::instant;
 using VscodeStatusCache::merge;
@@ -237,4 +237,4 @@ TEST(VscodeStatusCache, aBaseOfOtherWindowsGetsTheMomentAndNoWindow)
     EXPECT_EQ(merge(base, snapshot), expected);
 }
 
-} // namespace vellumor
+} // namespace vellumor::vscodeStatusCacheTest

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::extraUsageTest {
 
 namespace {
 
@@ -130,4 +130,4 @@ TEST(ExtraUsage, aSpendLimitThatIsReachedIsToldWithoutAnyAmount)
     EXPECT_EQ(extra.creditsLine(), "Usage credits · 0.00 spent — limit reached");
 }
 
-} // namespace vellumor
+} // namespace vellumor::extraUsageTest

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::limitWindowTest {
 
 TEST(LimitWindow, aTitleIsMadeOfKindAndScope)
 {
@@ -48,4 +48,4 @@ TEST(LimitWindow, aTitleIsMadeOfKindAndScope)
     }
 }
 
-} // namespace vellumor
+} // namespace vellumor::limitWindowTest

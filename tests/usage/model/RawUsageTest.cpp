@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::rawUsageTest {
 
 namespace {
 
@@ -163,4 +163,4 @@ TEST(RawUsage, aCreditsBlockThatIsNoObjectIsNone)
     EXPECT_EQ(RawUsage(empty).extraUsage(), ExtraUsage());
 }
 
-} // namespace vellumor
+} // namespace vellumor::rawUsageTest

@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-namespace vellumor {
+namespace vellumor::suppressedKindsTest {
 
 TEST(SuppressedKinds, aKindIsSuppressedWhenItsDigestIsListed)
 {
@@ -48,4 +48,4 @@ TEST(SuppressedKinds, theKindsThatUsersKnowAreNotOnTheList)
         EXPECT_FALSE(SuppressedKinds::isSuppressed(kind)) << kind;
 }
 
-} // namespace vellumor
+} // namespace vellumor::suppressedKindsTest

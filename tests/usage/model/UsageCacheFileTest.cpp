@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::usageCacheFileTest {
 
 using test::instant;
 
@@ -232,4 +232,4 @@ TEST(UsageCacheFile, aRowOfASuppressedKindIsNotRestored)
     EXPECT_EQ(file->usage().windows.size(), 2U);
 }
 
-} // namespace vellumor
+} // namespace vellumor::usageCacheFileTest

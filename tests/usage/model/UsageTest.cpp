@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::usageTest {
 
 using test::instant;
 
@@ -207,4 +207,4 @@ TEST(Usage, tenThousandRowsAreReadInOrder)
     EXPECT_EQ(usage.windows[9999].kind, "k9999");
 }
 
-} // namespace vellumor
+} // namespace vellumor::usageTest

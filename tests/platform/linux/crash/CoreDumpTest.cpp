@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::coreDumpTest {
 namespace {
 
 using test::instant;
@@ -119,4 +119,4 @@ TEST(CoreDump, whatIsNoEntryIsNone)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::coreDumpTest

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::crashReportTextTest {
 namespace {
 
 using CrashReportText::Known;
@@ -162,4 +162,4 @@ TEST(CrashReportText, aReportTellsItsIncident)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::crashReportTextTest

@@ -5,7 +5,7 @@
 
 #include <QDeadlineTimer>
 
-namespace vellumor {
+namespace vellumor::journalCrashImporterHostileTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -111,4 +111,4 @@ TEST_F(JournalCrashImporterHostileTest, theOrderOfTheAnswerIsTurnedRound)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::journalCrashImporterHostileTest

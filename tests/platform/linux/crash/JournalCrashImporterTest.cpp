@@ -1,6 +1,6 @@
 #include "platform/linux/crash/ImporterTesting.h"
 
-namespace vellumor {
+namespace vellumor::journalCrashImporterTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -147,4 +147,4 @@ TEST_F(JournalCrashImporterTest, withoutAJournalNothingHappens)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::journalCrashImporterTest

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace vellumor {
+namespace vellumor::journalQueryTest {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -50,4 +50,4 @@ TEST(JournalQuery, theWordsOfAProcessAreThoseOfItsBoot)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::journalQueryTest

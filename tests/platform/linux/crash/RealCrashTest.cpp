@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-namespace vellumor {
+namespace vellumor::realCrashTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -86,4 +86,4 @@ TEST_F(RealCrashTest, anotherFaultHasAnotherSignature)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::realCrashTest

@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::reportFolderTest {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -105,4 +105,4 @@ TEST_F(ReportFolderTest, aFolderThatIsNotThereIsNotMade)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::reportFolderTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::stackTraceTest {
 namespace {
 
 using StackTrace::Frame;
@@ -118,4 +118,4 @@ TEST(StackTrace, whatIsNotUtf8IsReplaced)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::stackTraceTest

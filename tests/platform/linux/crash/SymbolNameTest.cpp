@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::symbolNameTest {
 namespace {
 
 TEST(SymbolName, aSymbolOfCppIsReadWithoutItsParameters)
@@ -80,4 +80,4 @@ TEST(SymbolName, aSymbolMadeToGrowStaysAsItIs)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::symbolNameTest

@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <mutex>
 
-namespace vellumor {
+namespace vellumor::childLauncherTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -281,4 +281,4 @@ TEST_F(ChildLauncherTest, twoAtOnceDoNotWaitForOneAnother)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::childLauncherTest

@@ -9,7 +9,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::linuxDesktopActionsTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -163,4 +163,4 @@ TEST_F(LinuxDesktopActionsTest, whatIsNoPageIsNotOpened)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::linuxDesktopActionsTest

@@ -14,7 +14,7 @@
 #include <functional>
 #include <set>
 
-namespace vellumor::test {
+namespace vellumor::test::secretServiceCallsTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -250,4 +250,4 @@ TEST_F(SecretServiceCalls, aListingThatMakesNoSenseIsLeftOut)
 }
 
 } // namespace
-} // namespace vellumor::test
+} // namespace vellumor::test::secretServiceCallsTest

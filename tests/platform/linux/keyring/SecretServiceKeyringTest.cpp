@@ -15,7 +15,7 @@
 #include <future>
 #include <stdexcept>
 
-namespace vellumor::test {
+namespace vellumor::test::secretServiceKeyringTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -274,4 +274,4 @@ TEST_F(SecretServiceKeyringTest, aCallLeavesNothingBehind)
 }
 
 } // namespace
-} // namespace vellumor::test
+} // namespace vellumor::test::secretServiceKeyringTest

@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-namespace vellumor::test {
+namespace vellumor::test::secretServiceWithoutBusTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -61,4 +61,4 @@ TEST(SecretServiceWithoutBus, noBusIsEverLaunched)
 }
 
 } // namespace
-} // namespace vellumor::test
+} // namespace vellumor::test::secretServiceWithoutBusTest

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace vellumor {
+namespace vellumor::autostartEntryTest {
 namespace {
 
 using namespace std::string_literals;
@@ -182,4 +182,4 @@ TEST(AutostartEntry, switchedOffWhatOthersWroteStaysAndIsHidden)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::autostartEntryTest

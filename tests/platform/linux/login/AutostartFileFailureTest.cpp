@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::autostartFileFailureTest {
 namespace {
 
 using Call = test::FailingFileCalls::Call;
@@ -86,4 +86,4 @@ TEST(AutostartFileFailure, aProgramThatTheFileCannotNameIsToldInWordsAndNothingI
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::autostartFileFailureTest

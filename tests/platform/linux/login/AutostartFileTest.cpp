@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::autostartFileTest {
 namespace {
 
 namespace fs = std::filesystem;
@@ -171,4 +171,4 @@ TEST(OwnProgram, ofThisTestIsThisTest)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::autostartFileTest

@@ -16,7 +16,7 @@
 
 // The file as others read it: GLib, by which most desktops start programs, and the validator of the
 // format.
-namespace vellumor {
+namespace vellumor::autostartLaunchTest {
 namespace {
 
 namespace fs = std::filesystem;
@@ -138,4 +138,4 @@ TEST(AutostartLaunch, theFormatsOwnParserReadsTheProgramBack)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::autostartLaunchTest

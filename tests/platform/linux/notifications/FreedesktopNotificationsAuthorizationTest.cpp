@@ -4,7 +4,7 @@
 #include <QElapsedTimer>
 #include <QThread>
 
-namespace vellumor {
+namespace vellumor::freedesktopNotificationsAuthorizationTest {
 namespace {
 
 using test::FakeNotificationServer;
@@ -135,4 +135,4 @@ TEST_F(FreedesktopNotificationsAuthorizationTest, aBusThatIsLostMeansDenied)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::freedesktopNotificationsAuthorizationTest

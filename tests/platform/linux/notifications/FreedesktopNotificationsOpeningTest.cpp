@@ -2,7 +2,7 @@
 
 #include <functional>
 
-namespace vellumor {
+namespace vellumor::freedesktopNotificationsOpeningTest {
 namespace {
 
 using test::FakeNotificationServer;
@@ -167,4 +167,4 @@ TEST_F(FreedesktopNotificationsOpeningTest, whoeverAsksAgainTakesThePlaceOfTheFi
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::freedesktopNotificationsOpeningTest

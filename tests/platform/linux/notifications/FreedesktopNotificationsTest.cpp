@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::freedesktopNotificationsTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -227,4 +227,4 @@ TEST_F(InstalledNotificationServerTest, theFirstNotificationStartsIt)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::freedesktopNotificationsTest

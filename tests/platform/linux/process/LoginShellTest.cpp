@@ -10,7 +10,7 @@
 
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::loginShellTest {
 namespace {
 
 using test::TempFolder;
@@ -96,4 +96,4 @@ TEST_F(LoginShellTest, theDatabaseIsAskedWhereTheVariableDoesNotSay)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::loginShellTest

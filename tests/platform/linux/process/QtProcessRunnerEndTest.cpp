@@ -14,7 +14,7 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
-namespace vellumor {
+namespace vellumor::qtProcessRunnerEndTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -265,4 +265,4 @@ TEST_F(QtProcessRunnerLiveEndTest, programEndWithAChildUnderWayIsQuiet)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::qtProcessRunnerEndTest

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace vellumor {
+namespace vellumor::qtProcessRunnerTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -291,4 +291,4 @@ TEST_F(QtProcessRunnerTest, theLoopTurnsWhileTenChildrenHang)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::qtProcessRunnerTest

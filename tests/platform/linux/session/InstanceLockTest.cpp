@@ -10,7 +10,7 @@
 #include <csignal>
 #include <filesystem>
 
-namespace vellumor {
+namespace vellumor::instanceLockTest {
 namespace {
 
 using Result = InstanceLock::Result;
@@ -124,4 +124,4 @@ TEST_F(InstanceLockTest, aLinkIsNotFollowedIntoAForeignFile)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::instanceLockTest

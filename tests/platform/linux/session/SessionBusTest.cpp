@@ -10,7 +10,7 @@
 
 #include <cstring>
 
-namespace vellumor {
+namespace vellumor::sessionBusTest {
 namespace {
 
 using test::TempFolder;
@@ -59,4 +59,4 @@ TEST(SessionBus, theUsersOwnBusIsFoundByItsSocket)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::sessionBusTest

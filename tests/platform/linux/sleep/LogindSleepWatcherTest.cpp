@@ -15,7 +15,7 @@
 #include <functional>
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::logindSleepWatcherTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -211,4 +211,4 @@ TEST_F(LogindSleepWatcherTest, theClockOfTheSystemThatGoesOnInASleepIsNeverBehin
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::logindSleepWatcherTest

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-namespace vellumor {
+namespace vellumor::linuxStatusServiceTest {
 namespace {
 
 using test::Listener;
@@ -209,4 +209,4 @@ TEST(LinuxStatusServiceAlone, withoutABusItDoesNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::linuxStatusServiceTest

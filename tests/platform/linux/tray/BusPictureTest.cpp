@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::busPictureTest {
 namespace {
 
 // Two pixels wide, one high: half of black, and nothing.
@@ -53,4 +53,4 @@ TEST(BusPicture, everyScaleThatIsThereIsSent)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::busPictureTest

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace vellumor {
+namespace vellumor::colourSchemeTest {
 namespace {
 
 using test::FakePortal;
@@ -105,4 +105,4 @@ TEST_F(ColourSchemeTest, withoutABusNothingIsKnown)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::colourSchemeTest

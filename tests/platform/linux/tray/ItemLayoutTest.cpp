@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::itemLayoutTest {
 namespace {
 
 using ItemLayout::Host;
@@ -140,4 +140,4 @@ TEST(ItemLayout, theHostIsKnownByTheNameOfItsProcess)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::itemLayoutTest

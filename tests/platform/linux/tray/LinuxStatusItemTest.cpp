@@ -13,7 +13,7 @@
 
 #include <memory>
 
-namespace vellumor {
+namespace vellumor::linuxStatusItemTest {
 namespace {
 
 using namespace std::chrono_literals;
@@ -362,4 +362,4 @@ TEST_F(LinuxStatusItemTest, aBusThatStopsToAnswerHoldsNobodyUp)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::linuxStatusItemTest

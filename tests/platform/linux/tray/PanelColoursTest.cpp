@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::panelColoursTest {
 namespace {
 
 TEST(PanelColours, theTrayDecidesThenTheDesktopThenWhatIsUsual)
@@ -30,4 +30,4 @@ TEST(PanelColours, theTrayDecidesThenTheDesktopThenWhatIsUsual)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::panelColoursTest

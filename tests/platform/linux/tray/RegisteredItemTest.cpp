@@ -4,7 +4,7 @@
 #include "support/BusTesting.h"
 #include "support/PassWorker.h"
 
-namespace vellumor {
+namespace vellumor::registeredItemTest {
 namespace {
 
 using test::turnLoopUntil;
@@ -44,4 +44,4 @@ TEST_F(RegisteredItemTest, anItemThatGoesLeavesNoConnectionWheneverThatIs)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::registeredItemTest

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace vellumor {
+namespace vellumor::rootPositionTest {
 namespace {
 
 using RootPosition::Screen;
@@ -54,4 +54,4 @@ TEST(RootPosition, aRatioThatIsNoWholeNumberKeepsTheScreensLastPixelInside)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::rootPositionTest

@@ -2,7 +2,7 @@
 
 #include "support/BusTesting.h"
 
-namespace vellumor {
+namespace vellumor::statusMenuTest {
 namespace {
 
 using test::signatureOf;
@@ -219,4 +219,4 @@ TEST_F(StatusMenuTest, thePropertiesOfTheMenuItself)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusMenuTest

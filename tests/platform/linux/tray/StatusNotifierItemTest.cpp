@@ -2,7 +2,7 @@
 
 #include "support/BusTesting.h"
 
-namespace vellumor {
+namespace vellumor::statusNotifierItemTest {
 namespace {
 
 using test::signatureOf;
@@ -151,4 +151,4 @@ TEST_F(StatusNotifierItemTest, everythingElseThatIsCalledDoesNothing)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::statusNotifierItemTest

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-namespace vellumor {
+namespace vellumor::trayWatcherTest {
 namespace {
 
 using test::FakeTrayHost;
@@ -97,4 +97,4 @@ TEST_F(TrayWatcherTest, whatSomebodyElseSaysOfTheNameIsNotBelieved)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::trayWatcherTest

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::aboutModelTest {
 namespace {
 
 CrashDigest crash(const std::string& signature)
@@ -116,4 +116,4 @@ TEST(AboutContent, theFixedTexts)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::aboutModelTest

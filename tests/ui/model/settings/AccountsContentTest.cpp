@@ -4,7 +4,7 @@
 
 #include <set>
 
-namespace vellumor {
+namespace vellumor::accountsContentTest {
 namespace {
 
 using test::Names;
@@ -274,4 +274,4 @@ TEST(NewClaudeAccountContent, whateverIsTypedTheCommandIsOneThatAShellTakesAsItI
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::accountsContentTest

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::generalModelTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -223,4 +223,4 @@ TEST(GeneralContent, theQuestionNamesWhatGoes)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::generalModelTest

@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::notificationsContentTest {
 namespace {
 
 using Custom = std::vector<NotificationsContent::CustomThreshold>;
@@ -96,4 +96,4 @@ TEST_F(NotificationsContentTest, aLeadTimeOfAnOlderFileIsOffered)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::notificationsContentTest

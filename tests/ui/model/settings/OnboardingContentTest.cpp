@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::onboardingContentTest {
 namespace {
 
 using enum OnboardingStep;
@@ -45,4 +45,4 @@ TEST(OnboardingContent, theFixedTexts)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::onboardingContentTest

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vellumor {
+namespace vellumor::privacyModelTest {
 namespace {
 
 using std::chrono::milliseconds;
@@ -119,4 +119,4 @@ TEST(PrivacyModel, theFixedTexts)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::privacyModelTest

@@ -2,7 +2,7 @@
 
 #include "app/state/AppStateTesting.h"
 
-namespace vellumor {
+namespace vellumor::usageContentTest {
 namespace {
 
 using test::Names;
@@ -143,4 +143,4 @@ TEST_F(UsageContentTest, switchesAndLocationAreThoseOfThePreferences)
 }
 
 } // namespace
-} // namespace vellumor
+} // namespace vellumor::usageContentTest
