@@ -25,13 +25,13 @@ packages_libreoffice=(libreoffice-calc-nogui)
 packages_test=(
     "${packages_exports[@]}" "${packages_world[@]}" "${packages_soak[@]}" "${packages_idle[@]}" "${packages_desktop[@]}" "${packages_panels[@]}"
     libgtest-dev libbenchmark-dev openssl python3-gi python3-dbus git procps zsh man-db tmux systemd-journal-remote
-    clang-16 llvm-16 libclang-rt-16-dev clang-format clang-tidy-16 desktop-file-utils
+    clang-16 llvm-16 libclang-rt-16-dev clang-format clang-tidy-16 desktop-file-utils appstream
 )
 # The programs that it is measured beside.
 packages_side_by_side=("${packages_desktop[@]}" libbenchmark-dev openssl keepassxc qbittorrent)
 # Makes a Debian package and looks at it.
-packages_package=(dpkg-dev file)
-packages_package_check=(lintian appstream desktop-file-utils man-db debootstrap)
+packages_package=(dpkg-dev debhelper)
+packages_package_check=(lintian debootstrap)
 packages_coverage=(gcovr)
 packages_fuzz=(clang-16 libclang-rt-16-dev)
 

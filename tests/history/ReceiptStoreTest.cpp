@@ -1,6 +1,7 @@
 #include "history/ReceiptStore.h"
 
 #include "base/Json.h"
+#include "support/ChangedJson.h"
 #include "support/FakeClock.h"
 #include "support/FileState.h"
 #include "support/HostileFiles.h"
@@ -47,13 +48,7 @@ const WeeklyReceipts validReceipts = {receipt(now)};
 // The valid file with `value` at `path`; without a value the key is taken away.
 std::string changed(const std::string& path, const std::optional<Json>& value)
 {
-    Json json = Json::parse(valid);
-    const Json::json_pointer pointer(path);
-    if (value)
-        json[pointer] = *value;
-    else
-        json.at(pointer.parent_pointer()).erase(pointer.back());
-    return json.dump();
+    return test::changed(Json::parse(valid), path, value).dump();
 }
 
 struct ReceiptStoreTest : testing::Test {

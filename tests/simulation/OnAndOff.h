@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulation/QuickFileCalls.h"
 #include "simulation/SimulatedProgram.h"
 #include "simulation/Timeline.h"
 
@@ -45,10 +46,6 @@ public:
     [[nodiscard]] WeeklyReceipts kept() const;
 
 private:
-    struct QuickFileCalls final : FileCalls {
-        [[nodiscard]] int fsync(int) const override { return 0; }
-    };
-
     [[nodiscard]] SimulatedProgram::World world();
     void settle();
     void turnOn();

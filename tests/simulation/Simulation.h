@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulation/QuickFileCalls.h"
 #include "simulation/Sibling.h"
 #include "simulation/Watch.h"
 
@@ -35,11 +36,6 @@ public:
     [[nodiscard]] Outcome run();
 
 private:
-    // Calls that cost the disk nothing: a simulated week is no power cut.
-    struct QuickFileCalls final : FileCalls {
-        [[nodiscard]] int fsync(int) const override { return 0; }
-    };
-
     [[nodiscard]] SimulatedProgram::World world();
     void settle();
     void drain();

@@ -3,16 +3,16 @@
 #include "app/state/AppStateTesting.h"
 #include "support/FakeNotifications.h"
 #include "ui/Accessibility.h"
+#include "ui/model/settings/FakeGeneralParts.h"
 #include "ui/settings/OnScreen.h"
 #include "ui/settings/SettingsWindow.h"
 
 #include <optional>
-#include <utility>
 
 namespace vellumor::test {
 
 // The settings' window over a whole state, with everything beyond it noted.
-struct SettingsTesting : AppStateTesting {
+struct SettingsTesting : AppStateTesting, FakeGeneralParts {
     struct Recorder final : TelemetryRecorder {
         std::vector<TelemetryEvent> captured;
         void capture(const TelemetryEvent& event) override { captured.push_back(event); }
@@ -25,12 +25,6 @@ struct SettingsTesting : AppStateTesting {
     PrivacyModel privacy{telemetryStore, recorder, clock};
     FakeNotifications desktopNotifications;
     Names done; // beyond the window, in order: "copy text", "open address", "terminal", ...
-    Gate* generalGate = nullptr; // holds back the next answer to the general tab
-    bool isLaunched = false;
-    bool isAutomatic = true;
-    std::optional<std::string> loginError;
-    GeneralModel::Update update;
-    Names left; // of a removal of all data
     AboutModel::Facts facts{{}, false, {"1.0.0", "12.0.0"}};
     SettingsActions::Chosen fileChosen;
     SettingsActions::Chosen folderChosen;
@@ -49,7 +43,7 @@ struct SettingsTesting : AppStateTesting {
     SettingsTesting()
     {
         Accessibility::install();
-        general.emplace(generalParts(true));
+        general.emplace(generalParts(clock, true));
         about.emplace(AboutModel::Parts{.clock = clock,
                                         .look = [this] { return look(); },
                                         .showReports = [this] { done.emplace_back("reports"); }});
@@ -96,46 +90,7 @@ struct SettingsTesting : AppStateTesting {
         return TelemetryStore::load(telemetryStore.fileURL(), clock.now());
     }
 
-    GeneralModel::Parts generalParts(bool hasUpdates)
-    {
-        return {.clock = clock,
-                .isLaunchedAtLogin = [this] { return launched(); },
-                .setLaunchedAtLogin = [this](bool on) { return launch(on); },
-                .hasUpdates = hasUpdates,
-                .autoUpdates = [this] { return isAutomatic; },
-                .setAutoUpdates = [this](bool on) { isAutomatic = on; },
-                .checkForUpdates = [this] { return check(); },
-                .removeAllData = [this] { return removeAll(); }};
-    }
-
 private:
-    Task<bool> launched()
-    {
-        co_await Through{std::exchange(generalGate, nullptr)};
-        const bool answer = isLaunched;
-        co_return answer;
-    }
-    Task<std::optional<std::string>> launch(bool on)
-    {
-        if (!loginError)
-            isLaunched = on;
-        auto error = loginError;
-        co_return error;
-    }
-    Task<GeneralModel::Update> check()
-    {
-        done.emplace_back("check");
-        co_await Through{std::exchange(generalGate, nullptr)};
-        auto answer = update;
-        co_return answer;
-    }
-    Task<std::vector<std::string>> removeAll()
-    {
-        done.emplace_back("remove");
-        co_await Through{std::exchange(generalGate, nullptr)};
-        auto names = left;
-        co_return names;
-    }
     Task<AboutModel::Facts> look()
     {
         auto known = facts;

@@ -1,6 +1,7 @@
 #include "usage/caches/UsageSnapshotStore.h"
 
 #include "base/Json.h"
+#include "support/ChangedJson.h"
 #include "support/FakeClock.h"
 #include "support/FileState.h"
 #include "support/HostileFiles.h"
@@ -48,15 +49,9 @@ Readings readingsIn(const std::string& bytes)
 }
 
 // The two snapshots with `value` at `path`; without a value the key is taken away.
-std::string changed(const char* path, const std::optional<Json>& value)
+std::string changed(const std::string& path, const std::optional<Json>& value)
 {
-    Json json = twoSnapshots();
-    const Json::json_pointer pointer(path);
-    if (value)
-        json[pointer] = *value;
-    else
-        json.at(pointer.parent_pointer()).erase(pointer.back());
-    return json.dump();
+    return test::changed(twoSnapshots(), path, value).dump();
 }
 
 struct UsageSnapshotStoreTest : testing::Test {

@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/Sha256.h"
+#include "support/ChangedJson.h"
 #include "support/FakeClock.h"
 
 #include <gtest/gtest.h>
@@ -73,15 +74,9 @@ std::string errorOf(const Json& json)
 }
 
 // The whole file with `value` at `path`; without a value the key is taken away.
-Json changed(const char* path, const std::optional<Json>& value)
+Json changed(const std::string& path, const std::optional<Json>& value)
 {
-    Json json = Json::parse(wholeFile);
-    const Json::json_pointer pointer(path);
-    if (value)
-        json[pointer] = *value;
-    else
-        json.at(pointer.parent_pointer()).erase(pointer.back());
-    return json;
+    return test::changed(Json::parse(wholeFile), path, value);
 }
 
 } // namespace

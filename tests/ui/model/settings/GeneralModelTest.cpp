@@ -1,6 +1,6 @@
 #include "ui/model/settings/GeneralModel.h"
 
-#include "usage/FakeCollaborators.h"
+#include "ui/model/settings/FakeGeneralParts.h"
 
 #include <QCoroTask>
 
@@ -13,70 +13,22 @@ using std::chrono::milliseconds;
 using Update = GeneralModel::Update;
 using Calls = std::vector<std::string>;
 
-struct GeneralModelTest : testing::Test {
+struct GeneralModelTest : testing::Test, test::FakeGeneralParts {
     test::FakeClock clock;
-    Calls calls;
-    bool isLaunched = false;
-    bool isAutomatic = true;
     bool hasUpdates = true;
-    std::optional<std::string> loginError;
-    Update update;
-    std::vector<std::string> left; // of a removal
-    test::Gate* gate = nullptr;    // holds back the next answer
     int changes = 0;
     std::optional<GeneralModel> made;
 
     GeneralModel& model()
     {
         if (!made) {
-            made.emplace(parts());
+            made.emplace(generalParts(clock, hasUpdates));
             made->observe([this] { ++changes; });
         }
         return *made;
     }
     [[nodiscard]] GeneralContent content() { return model().content(); }
     void turn() { clock.advance(milliseconds(0)); }
-
-    GeneralModel::Parts parts()
-    {
-        return {.clock = clock,
-                .isLaunchedAtLogin = [this] { return launched(); },
-                .setLaunchedAtLogin = [this](bool on) { return launch(on); },
-                .hasUpdates = hasUpdates,
-                .autoUpdates = [this] { return isAutomatic; },
-                .setAutoUpdates = [this](bool on) { isAutomatic = on; },
-                .checkForUpdates = [this] { return check(); },
-                .removeAllData = [this] { return removeAll(); }};
-    }
-    Task<bool> launched()
-    {
-        calls.emplace_back("launched?");
-        co_await test::Through{std::exchange(gate, nullptr)};
-        const bool answer = isLaunched;
-        co_return answer;
-    }
-    Task<std::optional<std::string>> launch(bool on)
-    {
-        calls.emplace_back(on ? "launch" : "launch not");
-        if (!loginError)
-            isLaunched = on;
-        auto error = loginError;
-        co_return error;
-    }
-    Task<Update> check()
-    {
-        calls.emplace_back("check");
-        co_await test::Through{std::exchange(gate, nullptr)};
-        auto found = update;
-        co_return found;
-    }
-    Task<std::vector<std::string>> removeAll()
-    {
-        calls.emplace_back("remove");
-        co_await test::Through{std::exchange(gate, nullptr)};
-        auto names = left;
-        co_return names;
-    }
 };
 
 TEST_F(GeneralModelTest, whetherItIsLaunchedAtLoginIsKnownOnceItWasRead)
@@ -96,7 +48,7 @@ TEST_F(GeneralModelTest, whetherItIsLaunchedAtLoginIsKnownOnceItWasRead)
 TEST_F(GeneralModelTest, launchingAtLoginIsSetAndReadBack)
 {
     QCoro::waitFor(model().setLaunchAtLogin(true));
-    EXPECT_EQ(calls, (Calls{"launch", "launched?"}));
+    EXPECT_EQ(generalCalls, (Calls{"launch", "launched?"}));
     EXPECT_EQ(content().launchAtLogin, true);
     EXPECT_EQ(content().loginError, "");
     QCoro::waitFor(model().setLaunchAtLogin(false));
@@ -134,7 +86,7 @@ TEST_F(GeneralModelTest, aBuildWithoutAFeedSaysSoAndAsksNobody)
     EXPECT_FALSE(content().autoUpdates);
     EXPECT_NE(content().updateNote, "");
     QCoro::waitFor(model().checkForUpdates());
-    EXPECT_EQ(calls, Calls());
+    EXPECT_EQ(generalCalls, Calls());
 }
 
 TEST_F(GeneralModelTest, aCheckTellsWhatItFound)
@@ -158,12 +110,12 @@ TEST_F(GeneralModelTest, aCheckTellsWhatItFound)
 TEST_F(GeneralModelTest, oneCheckRunsAtATime)
 {
     test::Gate waiting;
-    gate = &waiting;
+    generalGate = &waiting;
     const Task<> first = model().checkForUpdates();
     EXPECT_TRUE(content().isChecking);
     EXPECT_NE(content().updateNote, "");
     QCoro::waitFor(model().checkForUpdates());
-    EXPECT_EQ(calls, Calls{"check"});
+    EXPECT_EQ(generalCalls, Calls{"check"});
     EXPECT_TRUE(content().isChecking);
     turn();
     EXPECT_EQ(changes, 1);
@@ -201,11 +153,11 @@ TEST_F(GeneralModelTest, whatCouldNotBeRemovedIsNamed)
 TEST_F(GeneralModelTest, oneRemovalRunsAtATime)
 {
     test::Gate waiting;
-    gate = &waiting;
+    generalGate = &waiting;
     const Task<> first = model().removeAllData();
     EXPECT_TRUE(content().isRemoving);
     QCoro::waitFor(model().removeAllData());
-    EXPECT_EQ(calls, Calls{"remove"});
+    EXPECT_EQ(generalCalls, Calls{"remove"});
     waiting.open();
     EXPECT_TRUE(first.isReady());
     EXPECT_FALSE(content().isRemoving);
