@@ -78,7 +78,9 @@ void StatusPublisher::look()
 {
     const Instant now = m_parts.clock.now();
     StatusReport report = m_input.report(now, m_parts.shortTime);
-    const bool isOther = report.timeless() != m_report.timeless();
+    StatusReport timeless = report.timeless();
+    const bool isOther = timeless != m_announced;
+    m_announced = std::move(timeless);
     m_report = std::move(report);
     m_reportedAt = now;
     scheduleStaleness();

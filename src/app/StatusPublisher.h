@@ -44,6 +44,7 @@ private:
     StatusInput m_input;   // what the report was made of
     StatusReport m_report; // as it was told last
     Instant m_reportedAt{};
+    StatusReport m_announced; // as it was when a change was announced last, without times
     std::unique_ptr<Alarm> m_nextStaleness;
 };
 

@@ -1,5 +1,6 @@
 #include "base/Text.h"
 
+#include <fmt/format.h>
 #include <utf8proc.h>
 
 #include <cstdint>
@@ -241,6 +242,19 @@ std::string printable(std::string_view text)
     forEach(text, [&](utf8proc_int32_t c, std::string_view bytes) {
         if (isUnprintable(c))
             append(result, 0xFFFD);
+        else
+            result.append(bytes);
+    });
+    return result;
+}
+
+std::string escapedJson(std::string_view json)
+{
+    std::string result;
+    result.reserve(json.size());
+    forEach(json, [&](utf8proc_int32_t c, std::string_view bytes) {
+        if (c >= 0x7F && isUnprintable(c))
+            result += fmt::format("\\u{:04x}", c);
         else
             result.append(bytes);
     });

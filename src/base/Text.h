@@ -39,6 +39,9 @@ namespace vellumor::Text {
 // that reorder text are replaced by U+FFFD, and so is what is not valid UTF-8.
 [[nodiscard]] std::string printable(std::string_view text);
 
+// The text of a JSON value, with what `printable` would replace written as \uXXXX.
+[[nodiscard]] std::string escapedJson(std::string_view json);
+
 // `text` with every `from` replaced by `to`. An empty `from` changes nothing.
 [[nodiscard]] std::string replaced(std::string text, std::string_view from, std::string_view to);
 

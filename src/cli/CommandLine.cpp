@@ -31,7 +31,8 @@ runs, else from its files; it never asks the usage endpoint.
   --json            as JSON, for scripts
   --waybar          as one line of JSON, for a custom module of waybar
   --format FORMAT   in a form of your own, an account a line; FORMAT has fields in braces, see below
-  --separator TEXT  with --format: what stands between two accounts, in the place of a line end
+  --separator TEXT  with --format: what stands between two accounts; without it a line end, and two
+                    blanks with --watch
   --account NAME    only the account of this name or id
   --watch           goes on, with a line at each change, until it is ended
   --help            this text
@@ -69,6 +70,8 @@ public:
         }
         if (m_hasSeparator && m_status.form != Form::fields)
             return Mistake{"--separator goes with --format alone"};
+        if (!m_hasSeparator && m_status.form == Form::fields)
+            m_status.separator = m_status.isWatching ? "  " : "\n";
         return m_status;
     }
 
@@ -157,11 +160,13 @@ CommandLine::Purpose CommandLine::read(const std::vector<std::string>& arguments
     const std::string& first = arguments.front();
     if (first == "status")
         return StatusOptions(arguments).read();
-    if (first == "--help" || first == "-h")
+    const bool isAlone = arguments.size() == 1;
+    if (isAlone && (first == "--help" || first == "-h"))
         return Text{programHelp};
-    if (first == "--version")
+    if (isAlone && first == "--version")
         return Text{versionText()};
-    return Mistake{"it does not know " + quoted(first) +
+    const bool isKnown = first == "--help" || first == "-h" || first == "--version";
+    return Mistake{"it does not know " + quoted(isKnown ? arguments[1] : first) +
                    ": `vellumor --help` tells what it does, and without arguments it starts"};
 }
 

@@ -14,7 +14,7 @@ struct CommandLine {
     struct Status {
         Form form = Form::table;
         std::string format = {};                 // with Form::fields
-        std::string separator = "\n";            // between accounts, with Form::fields
+        std::string separator = {};              // between accounts, with Form::fields
         std::optional<std::string> account = {}; // its name or id
         bool isWatching = false;
         bool operator==(const Status&) const = default;

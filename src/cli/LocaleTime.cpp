@@ -54,11 +54,11 @@ std::optional<std::string> part(char letter, const std::tm& fields, std::string_
 
 } // namespace
 
-std::string withoutSeconds(std::string_view pattern)
+std::string shortened(std::string_view pattern)
 {
     std::string text(pattern);
-    for (const char* seconds : {":%S", ".%S", " %S", "%S"})
-        text = Text::replaced(text, seconds, "");
+    for (const char* more : {":%S", ".%S", " %S", "%S", "%Z"})
+        text = Text::replaced(text, more, "");
     return std::string(Text::trimmed(text));
 }
 
@@ -67,6 +67,8 @@ std::optional<std::string> text(std::string_view pattern, const std::tm& fields,
 {
     std::string text;
     while (!pattern.empty()) {
+        if (static_cast<unsigned char>(pattern.front()) >= 0x80)
+            return std::nullopt; // words, as where the hours and the minutes bear their names
         if (pattern.front() != '%') {
             text += pattern.front();
             pattern.remove_prefix(1);
@@ -85,7 +87,7 @@ std::string shortText(Instant instant)
 {
     const std::tm fields = LocalTime::fields(instant);
     const char* const half = ::nl_langinfo(fields.tm_hour < noon ? AM_STR : PM_STR);
-    const auto written = text(withoutSeconds(patternOfLocale()), fields, half);
+    const auto written = text(shortened(patternOfLocale()), fields, half);
     return written.value_or(twoFigures(fields.tm_hour) + ":" + twoFigures(fields.tm_min));
 }
 

@@ -7,9 +7,6 @@ namespace vellumor::StatusBar {
 
 namespace {
 
-constexpr double highPercent = 75;
-constexpr double fullPercent = 90;
-
 // NaN counts as nothing.
 int filledOf(double percent, int width)
 {
@@ -22,26 +19,6 @@ int filledOf(double percent, int width)
 }
 
 } // namespace
-
-Level level(double percent)
-{
-    if (percent >= fullPercent)
-        return Level::full;
-    return percent >= highPercent ? Level::high : Level::calm;
-}
-
-const char* word(Level level)
-{
-    switch (level) {
-    case Level::full:
-        return "full";
-    case Level::high:
-        return "high";
-    case Level::calm:
-        break;
-    }
-    return "calm";
-}
 
 std::string text(double percent, int width, Characters characters)
 {

@@ -2,12 +2,8 @@
 
 #include <string>
 
-// StatusBar: one percent as a bar of characters, and how near its limit it is. Pure.
+// StatusBar: one percent as a bar of characters. Pure.
 namespace vellumor::StatusBar {
-
-enum class Level { calm, high, full }; // from 75 and from 90 percent on, as in the popover
-[[nodiscard]] Level level(double percent);
-[[nodiscard]] const char* word(Level level); // "calm", "high", "full"
 
 enum class Characters { blocks, ascii };
 

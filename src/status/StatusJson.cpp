@@ -67,7 +67,7 @@ std::string text(const StatusReport& report, StatusOrigin origin, Instant now, J
     put(json, Keys::updatedAt, report.updatedAt);
     for (const StatusAccount& account : report.accounts)
         json[Keys::accounts].push_back(jsonOf(account, now));
-    return writeJson(std::move(json), layout, JsonSlashes::plain).value_or("{}");
+    return Text::escapedJson(writeJson(std::move(json), layout, JsonSlashes::plain).value_or("{}"));
 }
 
 } // namespace vellumor::StatusJson

@@ -23,8 +23,10 @@ StatusReport StatusReport::timeless() const
 {
     StatusReport report = *this;
     for (StatusAccount& account : report.accounts) {
-        for (StatusWindow& window : account.windows)
-            window.resetText.clear();
+        for (StatusWindow& window : account.windows) {
+            if (!window.resetText.empty())
+                window.resetText = "later"; // that there is one may be news
+        }
     }
     return report;
 }

@@ -2,6 +2,7 @@
 
 #include "base/Format.h"
 #include "base/Text.h"
+#include "usage/model/UsageLevel.h"
 
 #include <algorithm>
 
@@ -19,14 +20,14 @@ constexpr const char* bold = "\033[1m";
 constexpr const char* dim = "\033[2m";
 constexpr const char* plain = "\033[0m";
 
-const char* colour(StatusBar::Level level)
+const char* colour(UsageLevel level)
 {
     switch (level) {
-    case StatusBar::Level::full:
+    case UsageLevel::full:
         return "\033[31m"; // red
-    case StatusBar::Level::high:
+    case UsageLevel::high:
         return "\033[33m"; // yellow
-    case StatusBar::Level::calm:
+    case UsageLevel::calm:
         break;
     }
     return "\033[32m"; // green
@@ -67,7 +68,7 @@ std::string rowOf(const StatusWindow& window, const Columns& columns, const Styl
     const auto title =
         Text::withinColumns(Text::printable(window.title), static_cast<std::size_t>(longestTitle));
     std::string row = "  " + padded(title, columns.title) + "  ";
-    const char* const escape = window.isStale ? dim : colour(StatusBar::level(window.percent));
+    const char* const escape = window.isStale ? dim : colour(usageLevel(window.percent));
     if (columns.bar > 0)
         row +=
             styled(StatusBar::text(window.percent, columns.bar, style.characters), escape, style);
@@ -111,8 +112,8 @@ std::string text(const StatusReport& report, StatusOrigin origin, Instant now, c
     if (report.accounts.empty())
         text += "No accounts are watched yet.\n";
     if (origin == StatusOrigin::files)
-        text += "\n" + styled("Vellumor is not running: these are its last readings.", dim, style) +
-                "\n";
+        text += "\n" +
+                styled("Vellumor does not answer: these are its last readings.", dim, style) + "\n";
     return text;
 }
 

@@ -3,7 +3,7 @@
 #include "base/Format.h"
 #include "base/Json.h"
 #include "base/Text.h"
-#include "status/StatusBar.h"
+#include "usage/model/UsageLevel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,8 +88,7 @@ double fullestOf(const StatusReport& report)
 Json classesOf(const StatusReport& report, StatusOrigin origin)
 {
     Json classes = Json::array();
-    classes.push_back(
-        report.accounts.empty() ? "none" : StatusBar::word(StatusBar::level(fullestOf(report))));
+    classes.push_back(report.accounts.empty() ? "none" : word(usageLevel(fullestOf(report))));
     std::set<std::string> states;
     for (const StatusAccount& account : report.accounts)
         states.insert(account.state);

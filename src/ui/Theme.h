@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/model/AccountSectionContent.h"
+#include "usage/model/UsageLevel.h"
 
 #include <QColor>
 #include <QPalette>

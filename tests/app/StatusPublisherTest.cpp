@@ -90,6 +90,15 @@ TEST_F(StatusPublisherTest, aReadingThatGrowsOldIsAChange)
     EXPECT_EQ(report().accounts[0].state, "stale");
 }
 
+TEST_F(StatusPublisherTest, whoeverAsksTakesNoChangeAway)
+{
+    begin();
+    clock.jumpTo(clock.now() + seconds(100000)); // as after a sleep, before the alarm
+    EXPECT_EQ(report().accounts[0].state, "stale");
+    clock.advance(seconds(100000));
+    EXPECT_EQ(service.changes, 1);
+}
+
 TEST_F(StatusPublisherTest, howeverManyAskItIsMadeOnceASecond)
 {
     begin();

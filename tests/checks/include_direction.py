@@ -13,7 +13,7 @@ import sys
 CORE = {
     "base": set(),
     "store": {"base"},
-    "status": {"base"},
+    "status": {"base", "usage/model"},
     "platform": {"base", "async", "status"},  # the seams; async for those that are waited for
     "usage/model": {"base"},
     "usage/caches": {"base", "store", "usage/model"},

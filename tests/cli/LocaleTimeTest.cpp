@@ -16,17 +16,18 @@ std::tm at(int hour, int minute)
     return fields;
 }
 
-TEST(LocaleTime, theSecondsGoWithWhatPartsThem)
+TEST(LocaleTime, theSecondsAndTheZoneGoWithWhatPartsThem)
 {
     struct Row {
         const char* pattern;
         const char* without;
     };
-    const Row rows[] = {{"%H:%M:%S", "%H:%M"},       {"%H.%M.%S", "%H.%M"},
-                        {"%I:%M:%S %p", "%I:%M %p"}, {"%H:%M", "%H:%M"},
-                        {"%p %I:%M:%S", "%p %I:%M"}, {"%k:%M:%S ", "%k:%M"}};
+    const Row rows[] = {{"%H:%M:%S", "%H:%M"},          {"%H.%M.%S", "%H.%M"},
+                        {"%I:%M:%S %p", "%I:%M %p"},    {"%H:%M", "%H:%M"},
+                        {"%p %I:%M:%S", "%p %I:%M"},    {"%k:%M:%S ", "%k:%M"},
+                        {"%I:%M:%S %p %Z", "%I:%M %p"}, {"%Z %I:%M:%S %p", "%I:%M %p"}};
     for (const auto& [pattern, without] : rows)
-        EXPECT_EQ(LocaleTime::withoutSeconds(pattern), without) << pattern;
+        EXPECT_EQ(LocaleTime::shortened(pattern), without) << pattern;
 }
 
 TEST(LocaleTime, hourAndMinuteStandAsThePatternSays)
@@ -48,7 +49,8 @@ TEST(LocaleTime, hourAndMinuteStandAsThePatternSays)
 
 TEST(LocaleTime, aPatternWithMoreInItIsNotForUs)
 {
-    for (const char* pattern : {"", "%", "%H:%M%Z", "%OH:%OM", "%d %H:%M"})
+    for (const char* pattern :
+         {"", "%", "%H:%M%Z", "%OH:%OM", "%d %H:%M", "%H時%M分%S秒", "%H시 %M분"})
         EXPECT_EQ(LocaleTime::text(pattern, at(9, 5), "AM"), std::nullopt) << pattern;
 }
 

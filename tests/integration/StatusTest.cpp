@@ -194,7 +194,7 @@ TEST_F(StatusTest, withoutTheProgramItReadsItsFilesAndDoesNothingElse)
     const auto printed = print({"status"});
     EXPECT_EQ(printed.status, 0);
     EXPECT_NE(printed.text.find("62%"), std::string::npos) << printed.text;
-    EXPECT_NE(printed.text.find("Vellumor is not running"), std::string::npos) << printed.text;
+    EXPECT_NE(printed.text.find("Vellumor does not answer"), std::string::npos) << printed.text;
     EXPECT_EQ(statesBelow(world.home), before);
     EXPECT_EQ(server.requests().size(), requests);
     EXPECT_FALSE(std::filesystem::exists(world.folder.file("started")));

@@ -29,17 +29,5 @@ TEST(StatusBar, anythingAboveNothingShowsAndFullIsWhatIsFullAlone)
     EXPECT_EQ(StatusBar::text(50, 0, Characters::ascii), "");
 }
 
-TEST(StatusBar, theLevelRisesAtSeventyFiveAndAtNinety)
-{
-    struct Row {
-        double percent;
-        const char* word;
-    };
-    const Row rows[] = {{0, "calm"},    {74.9, "calm"}, {75, "high"},
-                        {89.9, "high"}, {90, "full"},   {140, "full"}};
-    for (const auto& [percent, word] : rows)
-        EXPECT_STREQ(StatusBar::word(StatusBar::level(percent)), word) << percent;
-}
-
 } // namespace
 } // namespace vellumor::statusBarTest

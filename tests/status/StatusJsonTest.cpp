@@ -70,6 +70,19 @@ TEST(StatusJson, aNameThatIsNoTextLosesNothingElse)
     EXPECT_EQ(read(report)["accounts"][1]["name"], "Home");
 }
 
+TEST(StatusJson, noNameCommandsTheTerminal)
+{
+    const std::string name = "a\u009b2J\u007f\u202eé…b";
+    StatusReport report;
+    report.accounts = {test::statusAccount(name, {})};
+    const std::string text =
+        StatusJson::text(report, StatusOrigin::program, reportedAt, JsonLayout::pretty);
+    for (const char* raw : {"\u009b", "\u007f", "\u202e"})
+        EXPECT_EQ(text.find(raw), std::string::npos);
+    EXPECT_NE(text.find("é…b"), std::string::npos);
+    EXPECT_EQ(read(report)["accounts"][0]["name"], name);
+}
+
 TEST(StatusJson, compactIsOneLineWhateverTheNamesAre)
 {
     StatusReport report = test::statusReport();

@@ -26,6 +26,9 @@ TEST(StatusReport, aCountdownThatGoesOnIsNoChange)
     after.accounts[0].windows[0].resetText = "2h 13m";
     EXPECT_NE(after, before);
     EXPECT_EQ(after.timeless(), before.timeless());
+    after.accounts[0].windows[0].resetText.clear(); // one that is no longer known, is
+    EXPECT_NE(after.timeless(), before.timeless());
+    after = before;
     after.accounts[0].windows[0].percent += 1;
     EXPECT_NE(after.timeless(), before.timeless());
 }

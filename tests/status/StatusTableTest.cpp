@@ -79,7 +79,7 @@ TEST(StatusTable, withoutAccountsOrWithoutTheProgramItSaysSo)
     EXPECT_EQ(text({}), "No accounts are watched yet.\n");
     EXPECT_EQ(text({}, plain, StatusOrigin::files),
               "No accounts are watched yet.\n\n"
-              "Vellumor is not running: these are its last readings.\n");
+              "Vellumor does not answer: these are its last readings.\n");
 }
 
 TEST(StatusTable, theLineHasEveryAccount)

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <thread>
 #include <vector>
 
 namespace vellumor::usageClientTest {
@@ -45,6 +46,7 @@ struct UsageClientTest : testing::Test {
     FakeClock clock;
     std::optional<KeychainError> keychainError;
     std::vector<std::string> servicesRead;
+    std::thread::id readOn;
     UsageClient client{transport, worker, clock,
                        [this](const std::string& service) { return read(service); },
                        "http://127.0.0.1:1/api/oauth/usage"};
@@ -52,6 +54,7 @@ struct UsageClientTest : testing::Test {
     std::variant<ClaudeCredentials, KeychainError> read(const std::string& service)
     {
         servicesRead.push_back(service);
+        readOn = std::this_thread::get_id();
         if (keychainError)
             return *keychainError;
         ClaudeCredentials credentials;
@@ -84,6 +87,13 @@ TEST_F(UsageClientTest, sendsTheTokenAndTheTwoHeadersToTheEndpoint)
     const std::vector<std::pair<std::string, std::string>> expected = {
         {"anthropic-beta", "oauth-2025-04-20"}, {"anthropic-version", "2023-06-01"}};
     EXPECT_EQ(transport.headers, expected);
+}
+
+TEST_F(UsageClientTest, theCredentialIsReadOffTheMainThread)
+{
+    fetch();
+    EXPECT_NE(readOn, std::thread::id());
+    EXPECT_NE(readOn, std::this_thread::get_id());
 }
 
 TEST_F(UsageClientTest, anAccountWithoutAServiceTouchesNeitherKeyringNorNetwork)

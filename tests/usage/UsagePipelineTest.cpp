@@ -292,6 +292,21 @@ TEST_F(UsagePipelineTest, anExpiredTokenIsRevivedDespiteAWait)
     EXPECT_EQ(fetch(asked).revival, RevivalStatus::succeeded);
 }
 
+TEST_F(UsagePipelineTest, anAnswerEndsTheWaitThatIsRememberedToo)
+{
+    others.results = {test::failure(Kind::rateLimited), test::reading(40, now),
+                      test::reading(50, now)};
+    fetch();
+    clock.advance(seconds(10));
+    auto revived = request();
+    revived.account.tokenStatus = TokenStatus::expired;
+    EXPECT_EQ(fetch(revived).revival, RevivalStatus::succeeded);
+    others.shared.clear();
+    const FetchOutcome outcome = fetch();
+    EXPECT_EQ(outcome.source, UsageSource::endpoint);
+    EXPECT_EQ(outcome.backoffUntil, std::nullopt);
+}
+
 TEST_F(UsagePipelineTest, aFailureOfARetryIsToldAsUnauthorized)
 {
     for (const Kind kind : {Kind::http, Kind::transport, Kind::decode, Kind::keychain}) {

@@ -49,12 +49,26 @@ GType boundServiceType()
     return type;
 }
 
+// The library registers the types of its flags when they are asked for first, and does not expect
+// two threads to do so at once.
+void registerTypes()
+{
+    [[maybe_unused]] static const bool areRegistered = [] {
+        for (const GType type : {SECRET_TYPE_COLLECTION_FLAGS, SECRET_TYPE_ITEM_FLAGS,
+                                 SECRET_TYPE_SCHEMA_ATTRIBUTE_TYPE, SECRET_TYPE_SCHEMA_FLAGS,
+                                 SECRET_TYPE_SEARCH_FLAGS, SECRET_TYPE_SERVICE_FLAGS})
+            g_type_ensure(type);
+        return true;
+    }();
+}
+
 // One call's connection and the service that runs on the bus, if any.
 class Call {
 public:
     Call(const std::string& busAddress, std::chrono::milliseconds timeout)
         : m_deadline(timeout)
     {
+        registerTypes();
         m_connection = connect(SessionBus::reachable(busAddress));
         if (const auto owner = m_connection ? ownerOfService() : std::nullopt)
             openService(*owner);

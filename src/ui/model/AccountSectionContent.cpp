@@ -9,9 +9,6 @@ namespace vellumor {
 
 namespace {
 
-constexpr double highPercent = 75;
-constexpr double fullPercent = 90;
-
 // An active window without a time is about to get one, so nothing is guessed for it.
 std::optional<Instant> estimate(const LimitWindow& window, const AnchorsByKind* anchors,
                                 Instant now)
@@ -77,13 +74,6 @@ std::optional<NoteContent> noteOf(const AccountUsageState& state, bool isStale)
 }
 
 } // namespace
-
-UsageLevel usageLevel(double percent)
-{
-    if (percent >= fullPercent)
-        return UsageLevel::full;
-    return percent >= highPercent ? UsageLevel::high : UsageLevel::calm;
-}
 
 std::string UsageRowContent::spoken() const
 {

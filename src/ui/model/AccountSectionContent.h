@@ -15,10 +15,6 @@ namespace vellumor {
 // A moment's hour and minute as the user writes them.
 using ShortTime = std::function<std::string(Instant)>;
 
-// How near a limit is: calm below 75 percent, high from there, full from 90 on.
-enum class UsageLevel { calm, high, full };
-[[nodiscard]] UsageLevel usageLevel(double percent);
-
 // One limit of an account in the popover. An empty text is one that is not shown.
 struct UsageRowContent {
     std::string title;       // "Weekly (Opus)"

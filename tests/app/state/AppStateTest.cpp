@@ -159,6 +159,11 @@ TEST_F(AppStateTest, anErrorNeverBlanksAReading)
     applyTo("ada", read(UsageSource::sharedCache));
     EXPECT_EQ(of("ada").lastError, std::nullopt);
     EXPECT_EQ(of("ada").concludedAbout, std::nullopt);
+    FetchOutcome unwell = failed(Kind::unauthorized);
+    unwell.revival = RevivalStatus::needsSignIn;
+    applyTo("ada", unwell);
+    applyTo("ada", read(UsageSource::endpoint));
+    EXPECT_EQ(of("ada").revival, std::nullopt);
 }
 
 TEST_F(AppStateTest, aForbiddenAccountIsLeftAloneForHalfAnHour)
@@ -229,6 +234,24 @@ TEST_F(AppStateTest, aProgramThatReadsNothingClaimsNothingAndLivesOnTheSibling)
     EXPECT_EQ(calls(), 0);
     EXPECT_EQ(of("ada").source, UsageSource::sharedCache);
     EXPECT_EQ(test::contentsOf(file), before);
+}
+
+TEST_F(AppStateTest, theLogTellsEachTickAndAClaimThatIsWithheld)
+{
+    add("ada");
+    rescan();
+    testing::internal::CaptureStderr();
+    waitFor(state.refreshNext());
+    applyTo("ada", failed(Kind::decode));
+    applyTo("ada", failed(Kind::decode));
+    waitFor(state.refreshNext());
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string tick = "[stagger] tick → ada (slot 120s, rotation 1)\n";
+    const std::string withheld =
+        "[poller] heartbeat claim withheld — every pollable account is parse-failing\n";
+    EXPECT_TRUE(log.starts_with(tick)) << log;
+    EXPECT_EQ(log.find(withheld), log.rfind("[poller]")) << log;
+    EXPECT_LT(log.find(withheld), log.rfind(tick)) << log;
 }
 
 TEST_F(AppStateTest, theMarkOfARunningRevivalDoesNotOutliveIt)

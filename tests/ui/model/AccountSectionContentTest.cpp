@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 namespace vellumor::accountSectionContentTest {
 namespace {
 
@@ -287,23 +285,6 @@ TEST_F(AccountSectionContentTest, withoutHistoryAndAnchorsItGoesByTheReadingAlon
     state = test::read({window("weekly_all", 42, noon + hours(84)), window("weekly_all", 0)});
     const AccountSectionInput bare{account, &*state};
     EXPECT_EQ(accountSectionContent(bare, noon, [](Instant) { return ""; }), content());
-}
-
-TEST(UsageLevel, itIsHighFromThreeQuartersAndFullFromNineTenths)
-{
-    const std::pair<double, UsageLevel> rows[] = {
-        {-5, UsageLevel::calm},
-        {0, UsageLevel::calm},
-        {74.999, UsageLevel::calm},
-        {75, UsageLevel::high},
-        {89.999, UsageLevel::high},
-        {90, UsageLevel::full},
-        {150, UsageLevel::full},
-        {std::numeric_limits<double>::infinity(), UsageLevel::full},
-        {std::numeric_limits<double>::quiet_NaN(), UsageLevel::calm},
-    };
-    for (const auto& [percent, level] : rows)
-        EXPECT_EQ(usageLevel(percent), level) << percent;
 }
 
 } // namespace
