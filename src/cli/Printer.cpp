@@ -1,6 +1,6 @@
 #include "cli/Printer.h"
 
-#include "base/Text.h"
+#include "cli/TerminalStyle.h"
 #include "status/StatusFields.h"
 #include "status/StatusJson.h"
 #include "status/StatusTable.h"
@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <string_view>
 
@@ -19,25 +18,11 @@ namespace vellumor {
 
 namespace {
 
-constexpr int usualWidth = 80;
-constexpr int widestSensible = 1000;
-
-int widthOf(const Environment& environment, bool isTerminal)
+// 0: standard output is no terminal, or one that has not said.
+int columnsOfTerminal()
 {
     winsize size{};
-    if (isTerminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
-        return size.ws_col;
-    const std::string told = value(environment, "COLUMNS").value_or("");
-    int width = 0;
-    const auto read = std::from_chars(told.data(), told.data() + told.size(), width);
-    const bool isSensible = read.ec == std::errc() && width > 0 && width <= widestSensible;
-    return isSensible ? width : usualWidth;
-}
-
-bool hasColours(const Environment& environment, bool isTerminal)
-{
-    return isTerminal && !value(environment, "NO_COLOR") &&
-           value(environment, "TERM").value_or("") != "dumb";
+    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 StatusBar::Characters charactersOfLocale()
@@ -50,9 +35,8 @@ StatusBar::Characters charactersOfLocale()
 
 Printer::Printer(CommandLine::Status wanted, const Environment& environment)
     : m_wanted(std::move(wanted))
-    , m_isTerminal(::isatty(STDOUT_FILENO) == 1)
-    , m_hasColours(hasColours(environment, m_isTerminal))
-    , m_width(widthOf(environment, m_isTerminal))
+    , m_hasColours(TerminalStyle::hasColours(environment, ::isatty(STDOUT_FILENO) == 1))
+    , m_width(TerminalStyle::width(environment, columnsOfTerminal()))
 {
 }
 

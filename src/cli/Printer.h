@@ -25,7 +25,6 @@ private:
                                     Instant now) const;
 
     CommandLine::Status m_wanted;
-    bool m_isTerminal;
     bool m_hasColours;
     int m_width; // columns
 };

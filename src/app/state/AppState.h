@@ -172,7 +172,9 @@ private:
     std::map<std::string, History> m_historyByDir;
     ResetAnchors m_resetAnchorsByDir;
     std::map<std::string, WeeklyReceipts> m_receiptsByDir;
-    std::vector<DiscoveredFacts> m_lastFacts;            // of the last scan that went well
+    std::vector<DiscoveredFacts> m_lastFacts; // of the last scan that went well
+    int m_scansBegun = 0;
+    int m_scanShown = 0;                                 // which of them the accounts are from
     std::map<std::string, Instant> m_staggerLastAttempt; // by account id
     std::map<std::string, int> m_parseFailStreak;        // by account id
 };

@@ -38,6 +38,7 @@ SharedIdentities withOwnChanges(SharedIdentities read, const SharedIdentities& b
 
 Task<> AppState::rescan()
 {
+    const int scan = ++m_scansBegun;
     DiscoveryInputs inputs{m_parts.store.knownDirs(), serviceOverrides(m_parts.store.records())};
     const auto looked = inputs.knownDirs;
     DiscoveryResult result = co_await m_parts.discover(std::move(inputs));
@@ -47,6 +48,9 @@ Task<> AppState::rescan()
     const auto existing = co_await m_parts.existingFolders(hidden);
     const auto before = AccountMerge::sharedIdentities(m_parts.store.records());
     auto read = co_await m_parts.loadSharedIdentities();
+    if (scan < m_scanShown)
+        co_return; // one that began later knows more
+    m_scanShown = scan;
     const auto shared = withOwnChanges(std::move(read), before,
                                        AccountMerge::sharedIdentities(m_parts.store.records()));
     // One that was hidden meanwhile has not been asked about.

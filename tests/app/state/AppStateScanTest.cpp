@@ -313,6 +313,28 @@ TEST_F(AppStateScanTest, anAccountThatIsBroughtBackDuringAScanKeepsItsFiles)
     EXPECT_EQ(kept(hidden.configDir), everything);
 }
 
+TEST_F(AppStateScanTest, ofTwoScansTheOneThatBeganLaterCounts)
+{
+    addAll({"ada", "ben"});
+    rescan();
+    const auto facts = found.facts;
+    leaveOnly({"ben"});
+    Gate first;
+    scanGate = &first;
+    auto earlier = state.rescan();
+    settle();
+    found.facts = facts;
+    Gate second;
+    scanGate = &second;
+    auto later = state.rescan();
+    settle();
+    second.open();
+    waitFor(std::move(later));
+    first.open();
+    waitFor(std::move(earlier));
+    EXPECT_EQ(namesOf(state.accounts()), (Names{"ada", "ben"}));
+}
+
 TEST_F(AppStateScanTest, aNameThatIsGivenDuringAScanStays)
 {
     add("ada");

@@ -5,6 +5,7 @@
 #include "support/FileState.h"
 #include "ui/model/PopoverContent.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -36,6 +37,8 @@ struct World : test::AppWorld {
         rescan();
         for (const DiscoveredFacts& facts : found.facts)
             fill(facts.configDir);
+        if (oneIn(2))
+            fillVscode();
         decide();
         rescan();
         waitFor(state.refresh(true));
@@ -84,6 +87,21 @@ struct World : test::AppWorld {
             week.windows[1].resetsAt = clock.now() + std::chrono::hours(below(160));
             ResetAnchorStore(files, folders.vellumor() + "/reset-anchors.json").record(week, dir);
         }
+    }
+
+    // One for all directories.
+    void fillVscode()
+    {
+        const Instant at = clock.now() - minutes(below(40));
+        const Json data = {{"utilization5h", below(1100) / 10.0},
+                           {"utilization7d", below(1000) / 10.0},
+                           {"reset5hAt", std::floor(secondsSince1970(at)) + below(18000)}};
+        const std::string bytes =
+            Json{{"updatedAt", Format::isoFractional(at)}, {"usageData", data}}.dump();
+        for (const DiscoveredFacts& facts : found.facts)
+            std::ofstream(facts.configDir + "/vscode-claude-status-cache.json") << bytes;
+        others.vscode = VscodeStatusCache::parse(bytes);
+        EXPECT_TRUE(others.vscode);
     }
 
     // An hour at an even pace, so that there is a forecast.
