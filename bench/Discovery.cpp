@@ -19,6 +19,14 @@ namespace vellumor::bench {
 
 namespace {
 
+struct NoKeyring final : Keyring {
+    [[nodiscard]] std::vector<std::string> services(const std::vector<std::string>&) override
+    {
+        return {};
+    }
+    [[nodiscard]] RawCredential read(const std::string&) override { return {}; }
+};
+
 constexpr int directories = 100;
 
 class WallClock final : public Clock {

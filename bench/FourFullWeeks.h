@@ -8,7 +8,6 @@
 #include <QCoreApplication>
 
 #include <cstdlib>
-#include <memory>
 
 namespace vellumor::bench {
 

@@ -14,6 +14,9 @@ target_compile_options(vellumor_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
     -Wold-style-cast -Wcast-qual -Wformat=2 -Woverloaded-virtual
     $<$<BOOL:${VELLUMOR_WERROR}>:-Werror>)
+# A product and a sum that are rounded at one go would make a forecast on its border another one, on those processors
+# alone that have an instruction for it.
+target_compile_options(vellumor_options INTERFACE -ffp-contract=off)
 if(CMAKE_UNITY_BUILD)
     # Built at one go, a file's unnamed namespace looks like that of a header.
     target_compile_options(vellumor_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)

@@ -23,9 +23,12 @@ bool isConfigDirName(const std::string& name)
     return name == ".claude" || name.starts_with(".claude-");
 }
 
+// Claude Code keeps prompts and projects in the file that tells who is signed in.
+constexpr std::size_t maxIdentitySize = std::size_t{32} * 1024 * 1024;
+
 std::optional<std::string> wholeFile(const std::string& path)
 {
-    FileContents contents = readFile(path);
+    FileContents contents = readFile(path, maxIdentitySize);
     if (contents.status != ReadStatus::ok)
         return std::nullopt;
     return std::move(contents.bytes);

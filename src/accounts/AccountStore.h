@@ -32,7 +32,7 @@ public:
     // Loads; a file that is missing or broken counts as empty. All borrowed things outlive the
     // store.
     AccountStore(const FileStore& files, const SharedAccountsStore& shared, const Clock& clock,
-                 std::string fileURL, std::string home, RunJob runJob = runAtOnce);
+                 std::string fileURL, std::string home, RunJob runJob);
 
     // Adds a directory that the user typed, or brings a hidden one back. Empty text does nothing.
     void upsertManual(const std::string& configDir,

@@ -3,7 +3,6 @@
 #include "accounts/DefaultAccount.h"
 #include "store/DiskPath.h"
 
-#include <algorithm>
 #include <chrono>
 #include <iterator>
 #include <set>

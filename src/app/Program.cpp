@@ -49,15 +49,14 @@ Program::Program(const Environment& environment, Folders folders, std::function<
     , m_paths(m_accountWorker, systemBusAddress(environment))
     , m_reports(environment, m_folders,
                 {m_clock, m_files, m_storeWorker, m_write, m_transport, m_processes,
-                 [this] { return m_network.isOnline(); }, [this] { return spineContext(); },
-                 ownProgram(environment)})
+                 [this] { return m_network.isOnline(); }, [this] { return spineContext(); }})
     , m_upkeep(environment, m_folders,
                {m_clock, m_files, m_fileCalls, m_storeWorker, m_write, [this] { stopPolling(); },
                 std::move(terminate)})
     , m_finder(m_processes, m_accountWorker, m_claudePath,
                {environment, m_folders.home, LoginShell::path(environment),
                 m_folders.vellumor() + "/revive"})
-    , m_headless(m_processes, m_accountWorker,
+    , m_headless(m_processes, m_accountWorker, m_files,
                  {environment, m_folders.home, LoginShell::path(environment)})
     , m_collaborators({m_stores, m_accountWorker, m_client, m_reviver, m_network, m_readCredentials,
                        [this] { return m_preferences.current().localCacheOnly; },
@@ -97,6 +96,8 @@ void Program::setUpReviver()
 
 void Program::startPolling()
 {
+    if (m_isStopped) // before the first scan was over
+        return;
     m_poller.emplace(Poller::Parts{m_appState, m_clock, [this] { return m_network.isOnline(); },
                                    jitter, [this](Instant now) { return afterTick(now); }});
     m_sleep.start([this] { m_poller->willSleep(); },

@@ -47,7 +47,7 @@ public:
 
     // Gives the two data folders the rights they should have, on a thread of its own.
     void healInBackground() const;
-    // Starts the loop; once, when the accounts are known.
+    // Starts the loop, unless it was stopped before; once, when the accounts are known.
     void startPolling();
     // For good: neither a wake nor the network begins it anew.
     void stopPolling();

@@ -2,6 +2,7 @@
 
 #include "app/BuildSettings.h"
 #include "base/Version.h"
+#include "platform/linux/AutostartFile.h"
 #include "store/FileReader.h"
 #include "telemetry/OsRelease.h"
 
@@ -18,6 +19,12 @@ std::string systemName()
             return OsRelease::nameAndVersion(contents.bytes);
     }
     return OsRelease::nameAndVersion({});
+}
+
+// Not the AppImage that it was unpacked from: the journal knows a crash by the file that ran.
+std::string runningFile()
+{
+    return ownProgram(Environment());
 }
 
 } // namespace
@@ -40,7 +47,7 @@ Reports::Reports(const Environment& environment, const Folders& folders, Parts p
                        }})
     , m_daily(m_recorder, m_parts.storeWorker, m_parts.gatherContext)
     , m_importer(m_parts.processes, m_parts.storeWorker, m_parts.files,
-                 {.executable = m_parts.executable,
+                 {.executable = runningFile(),
                   .version = std::string(version),
                   .reportFolder = folders.crashReports()})
 {

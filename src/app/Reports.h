@@ -26,7 +26,6 @@ public:
         ProcessRunner& processes;
         std::function<bool()> isOnline;
         DailyTelemetry::GatherContext gatherContext;
-        std::string executable; // of this program
     };
 
     // Everything borrowed outlives it.

@@ -2,7 +2,6 @@
 
 #include <coroutine>
 #include <deque>
-#include <memory>
 #include <utility>
 
 namespace vellumor {

@@ -192,8 +192,10 @@ std::optional<Instant> parseISO8601(std::string_view text)
         return parseFixed(text, 0);
     const auto digits =
         std::min(text.find_first_not_of("0123456789", dot + 1), text.size()) - dot - 1;
-    if (digits == 3 || digits == 6)
-        return parseFixed(text, static_cast<std::ptrdiff_t>(digits));
+    if (digits == 3 || digits == 6) {
+        if (const auto instant = parseFixed(text, static_cast<std::ptrdiff_t>(digits)))
+            return instant;
+    }
     // Any other fraction: cut it out, from the full stop up to the zone, and read what is left.
     const auto zone = text.find_first_of("+-Z", dot);
     if (zone == std::string_view::npos)

@@ -10,9 +10,9 @@
 namespace vellumor::Format {
 
 // Reads an RFC 3339 date-time: "2026-03-01T09:30:00Z", or with an offset that has a colon. Three
-// and six digits of fraction are kept; any other fraction is dropped. Lower-case letters, a leap
-// second, an offset without a colon, a fraction without a zone and a moment outside the years 1 to
-// 9999 in UTC are refused.
+// and six digits of fraction are kept; any other fraction is dropped, whatever it is made of.
+// Lower-case letters, a leap second, an offset without a colon, a fraction without a zone and a
+// moment outside the years 1 to 9999 in UTC are refused.
 [[nodiscard]] std::optional<Instant> parseISO8601(std::string_view text);
 
 // The same without any fraction: the form that isoWholeSeconds writes.

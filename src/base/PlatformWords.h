@@ -1,7 +1,7 @@
 #pragma once
 
-// The texts that name the computer they were first written for. They stand as they are in every
-// place, and all of them here, so that they can be changed together.
+// The texts that name a computer and its system. They stand as they are in every place, and all of
+// them here, so that they can be changed together.
 namespace vellumor::PlatformWords {
 
 inline constexpr const char* couldNotFindClaude =

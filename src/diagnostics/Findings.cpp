@@ -91,8 +91,8 @@ void readOwnFiles(Findings& findings, const Environment& environment, const Fold
 {
     const FileStore files;
     findings.preferences =
-        PreferencesStore(files, folders.vellumor() + "/preferences.json").current();
-    const OnboardingStore onboarding(files, folders.vellumor() + "/onboarding.json");
+        PreferencesStore(files, folders.vellumor() + "/preferences.json", runAtOnce).current();
+    const OnboardingStore onboarding(files, folders.vellumor() + "/onboarding.json", runAtOnce);
     findings.onboarding = onboarding.current();
     findings.shouldShowOnboarding = onboarding.shouldShow(environment);
     findings.ownPresence = PresenceMarker::read("vellumor", folders.quorle());

@@ -20,6 +20,11 @@ std::string comparable(std::string_view text)
     return Text::printable(Text::composed(text));
 }
 
+bool isWordByte(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
 // Hides `name` in `text` in any letter case; a very short one only where it stands as a word of its
 // own.
 void hide(const std::string& name, std::string& text)
@@ -29,8 +34,10 @@ void hide(const std::string& name, std::string& text)
         return;
     }
     const bool isShort = Text::length(name) <= shortName;
-    const std::string edge = isShort ? "\\b" : "";
-    re2::RE2::GlobalReplace(&text, "(?i)" + edge + re2::RE2::QuoteMeta(name) + edge, hiddenMark);
+    // The edge of a word is one of ASCII alone: beside any other sign there is none to be found.
+    const std::string front = isShort && isWordByte(name.front()) ? "\\b" : "";
+    const std::string back = isShort && isWordByte(name.back()) ? "\\b" : "";
+    re2::RE2::GlobalReplace(&text, "(?i)" + front + re2::RE2::QuoteMeta(name) + back, hiddenMark);
 }
 
 } // namespace

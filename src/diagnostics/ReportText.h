@@ -53,7 +53,7 @@ namespace vellumor::ReportText {
                                 const Redaction& redaction);
 
 [[nodiscard]] std::string unmatchedHeading(std::size_t count);
-[[nodiscard]] std::string stagger(double userInterval, int pollable);
+[[nodiscard]] std::string stagger(double userIntervalSeconds, int pollable);
 [[nodiscard]] std::string rateLimitLog(const std::vector<std::string>& lines,
                                        const Redaction& redaction);
 

@@ -8,7 +8,6 @@
 #include "store/FileReader.h"
 
 #include <cmath>
-#include <filesystem>
 #include <set>
 
 namespace vellumor {
@@ -89,7 +88,6 @@ ResetAnchorStore::ResetAnchorStore(const FileStore& files, std::string fileURL)
     : m_files(files)
     , m_fileURL(std::move(fileURL))
 {
-    m_files.ensureDirectory(std::filesystem::path(m_fileURL).parent_path().string());
 }
 
 ResetAnchors ResetAnchorStore::load() const

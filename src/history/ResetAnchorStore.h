@@ -15,7 +15,7 @@ namespace vellumor {
 // replaced by the next write; no failure is reported.
 class ResetAnchorStore {
 public:
-    // Makes the file's folder. `files` outlives the store.
+    // Makes nothing on disk. `files` outlives the store.
     ResetAnchorStore(const FileStore& files, std::string fileURL);
 
     [[nodiscard]] ResetAnchors load() const;

@@ -2,7 +2,6 @@
 
 #include "base/Format.h"
 #include "notifications/AlertKey.h"
-#include "notifications/WindowAnchors.h"
 
 #include <fmt/format.h>
 
@@ -20,24 +19,21 @@ bool isToldByFixedLevel(const std::string& kind, double threshold, const Prefere
 
 } // namespace
 
-std::vector<CustomFire> customFired(const std::string& accountId, const Usage& usage,
-                                    const Usage* previous, double threshold,
+std::vector<CustomFire> customFired(const std::string& accountId,
+                                    const std::vector<WindowStep>& steps, double threshold,
                                     const Preferences& preferences,
                                     const std::set<std::string>& alreadyFired,
                                     const std::set<std::string>& limitReached)
 {
-    if (previous == nullptr)
-        return {};
     std::vector<CustomFire> fires;
-    for (const LimitWindow& window : usage.windows) {
-        if (!window.resetsAt || limitReached.contains(window.kind) ||
+    for (const WindowStep& step : steps) {
+        const LimitWindow& window = step.window;
+        if (!window.resetsAt || limitReached.contains(step.name) ||
             isToldByFixedLevel(window.kind, threshold, preferences))
             continue;
-        const double prior =
-            sameWindowPercent(windowOf(*previous, window.kind), window.kind, *window.resetsAt);
-        std::string key = AlertKey::of({accountId, "thr-custom", window.kind}, *window.resetsAt);
-        if (prior < threshold && threshold <= window.percent && !alreadyFired.contains(key)) {
-            fires.push_back({window.kind, LimitWindow::title(window.kind, window.scope), threshold,
+        std::string key = AlertKey::of({accountId, "thr-custom", step.name}, *window.resetsAt);
+        if (step.prior < threshold && threshold <= window.percent && !alreadyFired.contains(key)) {
+            fires.push_back({step.name, LimitWindow::title(window.kind, window.scope), threshold,
                              window.percent, std::move(key)});
         }
     }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "notifications/WindowAnchors.h"
 #include "store/Preferences.h"
-#include "usage/model/Usage.h"
 
 #include <set>
 #include <string>
@@ -11,7 +11,7 @@
 namespace vellumor::CustomThresholds {
 
 struct CustomFire {
-    std::string windowKind;
+    std::string windowKind; // as in the key: of one of several its scope too
     std::string windowTitle;
     double threshold = 0;
     double value = 0; // percent now
@@ -22,9 +22,9 @@ struct CustomFire {
 
 // The windows that have crossed `threshold` since the reading before, but for those in
 // `limitReached`, of which more has been said, and those of which a fixed level says the same.
-[[nodiscard]] std::vector<CustomFire> customFired(const std::string& accountId, const Usage& usage,
-                                                  const Usage* previous, double threshold,
-                                                  const Preferences& preferences,
+[[nodiscard]] std::vector<CustomFire> customFired(const std::string& accountId,
+                                                  const std::vector<WindowStep>& steps,
+                                                  double threshold, const Preferences& preferences,
                                                   const std::set<std::string>& alreadyFired,
                                                   const std::set<std::string>& limitReached);
 

@@ -26,6 +26,7 @@ struct NotificationManager::Reading {
     const Preferences& preferences;
     double grace; // seconds for which a reset is news
     Usage usage;  // canonical, once the rollovers are taken
+    std::vector<WindowStep> steps;
     std::optional<Usage> previous;
 
     [[nodiscard]] Instant now() const { return usage.fetchedAt; }
@@ -50,15 +51,18 @@ void NotificationManager::observe(const Account& account, const Usage& usage,
 {
     if (!isNew(source))
         return;
-    Reading reading{account, preferences, std::max(3 * effectiveInterval, leastGrace), usage, {}};
+    Reading reading{account, preferences, std::max(3 * effectiveInterval, leastGrace),
+                    usage,   {},          {}};
     const auto rolledOver = takeRollovers(reading);
     pruneFiredKeys();
-    reading.usage = canonicalized(std::move(reading.usage), m_windowAnchors[account.id]);
+    auto canonical = canonicalized(std::move(reading.usage), m_windowAnchors[account.id]);
+    reading.usage = std::move(canonical.usage);
+    reading.steps = std::move(canonical.steps);
     if (const auto known = m_lastObserved.find(account.id); known != m_lastObserved.end())
         reading.previous = std::move(known->second);
     m_lastObserved.insert_or_assign(account.id, reading.usage);
     takeProjected(reading, history);
-    if (!preferences.notificationsEnabled)
+    if (!preferences.notificationsEnabled || !reading.previous)
         return;
     const auto limitReached = takeThresholds(reading);
     tellRollovers(reading, rolledOver);
@@ -111,17 +115,18 @@ void NotificationManager::takeProjected(const Reading& reading, const UsageSampl
     }
 }
 
-// Gives the kinds of the windows of which it has told that they are full.
+// Gives the names of the windows of which it has told that they are full.
 std::set<std::string> NotificationManager::takeThresholds(const Reading& reading)
 {
-    const auto fires = Thresholds::newlyFired(reading.account.id, reading.usage, reading.before(),
-                                              reading.preferences, m_firedKeys);
+    const auto fires =
+        Thresholds::newlyFired(reading.account.id, reading.steps, reading.preferences, m_firedKeys);
     const auto subsumed = Thresholds::subsumedKeys(fires);
     m_firedKeys.insert(subsumed.begin(), subsumed.end());
     std::set<std::string> limitReached;
     for (const Thresholds::Fire& fire : fires) {
-        if (subsumed.contains(fire.key) || !m_firedKeys.insert(fire.key).second)
-            continue; // the second of two windows of one kind says the same
+        if (subsumed.contains(fire.key))
+            continue;
+        m_firedKeys.insert(fire.key);
         deliver(Thresholds::body(fire, reading.account.displayName, reading.now()));
         if (fire.threshold == Threshold::sessionLimit || fire.threshold == Threshold::weeklyLimit)
             limitReached.insert(fire.windowKind);
@@ -146,11 +151,11 @@ void NotificationManager::takeCustom(const Reading& reading,
     const auto threshold = reading.preferences.customThreshold(reading.account.id);
     if (!threshold)
         return;
-    for (const auto& fire : CustomThresholds::customFired(
-             reading.account.id, reading.usage, reading.before(), *threshold, reading.preferences,
-             m_firedKeys, limitReached)) {
-        if (m_firedKeys.insert(fire.key).second)
-            deliver(CustomThresholds::body(fire, reading.account.displayName));
+    for (const auto& fire :
+         CustomThresholds::customFired(reading.account.id, reading.steps, *threshold,
+                                       reading.preferences, m_firedKeys, limitReached)) {
+        m_firedKeys.insert(fire.key);
+        deliver(CustomThresholds::body(fire, reading.account.displayName));
     }
 }
 

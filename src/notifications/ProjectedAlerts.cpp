@@ -18,10 +18,14 @@ bool isSession(const std::string& kind)
     return kind == "session";
 }
 
-const LimitWindow* windowOf(const std::vector<LimitWindow>& windows, const std::string& kind)
+using FirstWindows = std::map<std::string_view, const LimitWindow*>; // of each kind
+
+FirstWindows firstWindows(const std::vector<LimitWindow>& windows)
 {
-    const auto found = std::ranges::find(windows, kind, &LimitWindow::kind);
-    return found == windows.end() ? nullptr : &*found;
+    FirstWindows first;
+    for (const LimitWindow& window : windows)
+        first.emplace(window.kind, &window);
+    return first;
 }
 
 bool isEligible(const EtaHold& hold, Instant resetsAt, Instant wall)
@@ -34,20 +38,21 @@ bool isEligible(const EtaHold& hold, Instant resetsAt, Instant wall)
 
 // Takes one candidate into the outcome; gives it when it is to be told.
 std::optional<ProjectedFire> advance(const Projection::Candidate& candidate,
-                                     const ProjectedInput& input, EtaHolds& holds)
+                                     const ProjectedInput& input, const FirstWindows& windows,
+                                     EtaHolds& holds)
 {
-    const LimitWindow* window = windowOf(input.windows, candidate.kind);
-    if (!candidate.wall || window == nullptr || !window->resetsAt)
+    const auto found = windows.find(candidate.kind);
+    if (!candidate.wall || found == windows.end() || !found->second->resetsAt)
         return std::nullopt;
+    const Instant resetsAt = *found->second->resetsAt;
     EtaHold hold{candidate.kind,
-                 AlertKey::of({input.accountId, "projlimit", candidate.kind}, *window->resetsAt), 1,
-                 false};
+                 AlertKey::of({input.accountId, "projlimit", candidate.kind}, resetsAt), 1, false};
     const auto prior = input.previous.find(candidate.kind);
     const bool goesOn = prior != input.previous.end() && prior->second.key == hold.key;
     if (goesOn)
         hold.count = prior->second.count + 1;
     const bool wasEligible = goesOn && prior->second.wasEligible;
-    const bool eligible = isEligible(hold, *window->resetsAt, *candidate.wall);
+    const bool eligible = isEligible(hold, resetsAt, *candidate.wall);
     hold.wasEligible = eligible || wasEligible;
     const bool isReady = eligible && !wasEligible &&
                          (isSession(candidate.kind) ? input.deliverSession : input.deliverWeekly) &&
@@ -62,9 +67,10 @@ std::optional<ProjectedFire> advance(const Projection::Candidate& candidate,
 ProjectedOutcome advanceProjected(const ProjectedInput& input)
 {
     ProjectedOutcome outcome;
+    const FirstWindows windows = firstWindows(input.windows);
     std::vector<ProjectedFire> ready;
     for (const Projection::Candidate& candidate : input.candidates) {
-        if (auto fire = advance(candidate, input, outcome.holds))
+        if (auto fire = advance(candidate, input, windows, outcome.holds))
             ready.push_back(*std::move(fire));
     }
     if (ready.empty())

@@ -2,7 +2,6 @@
 
 #include "base/Format.h"
 #include "notifications/AlertKey.h"
-#include "notifications/WindowAnchors.h"
 
 #include <algorithm>
 #include <array>
@@ -57,63 +56,58 @@ constexpr std::array ofSession = {Threshold::session50, Threshold::session90,
                                   Threshold::sessionLimit};
 constexpr std::array ofWeek = {Threshold::weekly50, Threshold::weekly90, Threshold::weeklyLimit};
 
-// What one reading is compared with.
-struct Crossing {
+// Of one account.
+struct Crossings {
     const std::string& accountId;
-    const Usage& previous;
     const std::set<std::string>& alreadyFired;
+    std::vector<Fire> fires;
 
-    [[nodiscard]] std::optional<Fire> fire(Threshold threshold, const LimitWindow& window) const
+    void take(Threshold threshold, const WindowStep& step)
     {
-        if (!window.resetsAt)
-            return std::nullopt;
-        const double prior =
-            sameWindowPercent(windowOf(previous, window.kind), window.kind, *window.resetsAt);
+        const LimitWindow& window = step.window;
+        if (!window.resetsAt || !(step.prior < level(threshold)) ||
+            !(window.percent >= level(threshold)))
+            return;
         std::string key = AlertKey::of(
-            {"thr-" + std::string(name(threshold)), accountId, window.kind}, *window.resetsAt);
-        if (!(prior < level(threshold)) || !(window.percent >= level(threshold)) ||
-            alreadyFired.contains(key))
-            return std::nullopt;
-        return Fire{threshold,      window.kind,     LimitWindow::title(window.kind, window.scope),
-                    window.percent, window.resetsAt, std::move(key)};
+            {"thr-" + std::string(name(threshold)), accountId, step.name}, *window.resetsAt);
+        if (alreadyFired.contains(key))
+            return;
+        fires.push_back({threshold, step.name, LimitWindow::title(window.kind, window.scope),
+                         window.percent, window.resetsAt, std::move(key)});
     }
 };
 
-void append(std::vector<Fire>& fires, std::optional<Fire> fire)
+bool isOfSession(const WindowStep& step)
 {
-    if (fire)
-        fires.push_back(*std::move(fire));
+    return step.window.kind == "session";
 }
 
 } // namespace
 
-std::vector<Fire> newlyFired(const std::string& accountId, const Usage& usage,
-                             const Usage* previous, const Preferences& preferences,
+std::vector<Fire> newlyFired(const std::string& accountId, const std::vector<WindowStep>& steps,
+                             const Preferences& preferences,
                              const std::set<std::string>& alreadyFired)
 {
-    if (previous == nullptr)
-        return {};
-    const Crossing crossing{accountId, *previous, alreadyFired};
-    std::vector<Fire> fires;
-    if (const LimitWindow* session = usage.sessionWindow()) {
-        for (const Threshold threshold : ofSession) {
-            if (isOn(threshold, preferences))
-                append(fires, crossing.fire(threshold, *session));
-        }
+    Crossings crossings{accountId, alreadyFired, {}};
+    const auto session = std::ranges::find_if(steps, isOfSession);
+    for (const Threshold threshold : ofSession) {
+        if (session != steps.end() && isOn(threshold, preferences))
+            crossings.take(threshold, *session);
     }
-    const auto others = usage.nonSessionWindows();
     for (const Threshold threshold : ofWeek) {
         if (!isOn(threshold, preferences))
             continue;
-        for (const LimitWindow& window : others)
-            append(fires, crossing.fire(threshold, window));
+        for (const WindowStep& step : steps) {
+            if (!isOfSession(step))
+                crossings.take(threshold, step);
+        }
     }
-    return fires;
+    return std::move(crossings.fires);
 }
 
 std::set<std::string> subsumedKeys(const std::vector<Fire>& fires)
 {
-    std::map<std::string, double> highest; // by window kind
+    std::map<std::string, double> highest; // by window
     for (const Fire& fire : fires) {
         double& known = highest[fire.windowKind];
         known = std::max(known, level(fire.threshold));

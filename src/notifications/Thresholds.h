@@ -1,7 +1,7 @@
 #pragma once
 
+#include "notifications/WindowAnchors.h"
 #include "store/Preferences.h"
-#include "usage/model/Usage.h"
 
 #include <optional>
 #include <set>
@@ -24,7 +24,7 @@ namespace Thresholds {
 // One level that was crossed.
 struct Fire {
     Threshold threshold;
-    std::string windowKind;
+    std::string windowKind; // as in the key: of one of several its scope too
     std::string windowTitle;
     double value = 0; // percent now
     std::optional<Instant> resetsAt;
@@ -34,9 +34,10 @@ struct Fire {
 };
 
 // The levels that lay above the reading before and do not any more, each once for a period of its
-// window. Nothing without a reading before.
-[[nodiscard]] std::vector<Fire> newlyFired(const std::string& accountId, const Usage& usage,
-                                           const Usage* previous, const Preferences& preferences,
+// window.
+[[nodiscard]] std::vector<Fire> newlyFired(const std::string& accountId,
+                                           const std::vector<WindowStep>& steps,
+                                           const Preferences& preferences,
                                            const std::set<std::string>& alreadyFired);
 
 // The keys of those that a higher level of the same window says already.

@@ -26,7 +26,7 @@ struct HttpAnswer {
     };
 
     Kind kind = Kind::transport;
-    int status = -1;
+    int status = -1; // of HTTP; -1 without an answer
     std::string body;
     std::optional<std::string> retryAfter; // the header's value as it came
     std::string problem;                   // never holds a header

@@ -7,9 +7,8 @@
 
 namespace vellumor {
 
-// What reading one credential item gave, in the terms of the command-line tool that reads such
-// items on the desktop where they come from: both sources on Linux answer in them, so that one
-// decoding step serves both.
+// What reading one credential item gave: one set of numbers for both sources, the keyring and the
+// file, so that one decoding step serves both.
 struct RawCredential {
     static constexpr int found = 0;
     static constexpr int absent = 44;
@@ -34,16 +33,6 @@ public:
     // The secret of the item whose attribute `service` is this one. A locked item is `denied` at
     // once.
     [[nodiscard]] virtual RawCredential read(const std::string& service) = 0;
-};
-
-// Where there is no keyring: nothing is in it.
-class NoKeyring final : public Keyring {
-public:
-    [[nodiscard]] std::vector<std::string> services(const std::vector<std::string>&) override
-    {
-        return {};
-    }
-    [[nodiscard]] RawCredential read(const std::string&) override { return {}; }
 };
 
 } // namespace vellumor

@@ -48,7 +48,8 @@ struct StatusAccount {
 enum class StatusOrigin { program, files };
 
 // What the popover tells of the tracked accounts, in their order, for those who do not see it:
-// bars, shells and scripts. It names nobody but by the name that the user has given.
+// bars, shells and scripts. It names an account as the popover does: as the user has, else by its
+// mail address, organisation or folder.
 struct StatusReport {
     static constexpr int schemaVersion = 1; // of every form that has names in it
 

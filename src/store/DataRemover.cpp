@@ -108,19 +108,6 @@ Outcome outcomeOf(const Target& target, const FileCalls& calls)
 
 } // namespace
 
-std::string_view rawValue(Outcome outcome)
-{
-    switch (outcome) {
-    case Outcome::removed:
-        return "removed";
-    case Outcome::absent:
-        return "absent";
-    case Outcome::failed:
-        return "failed";
-    }
-    return "failed";
-}
-
 std::vector<Target> targets(const std::string& applicationSupport)
 {
     return {{"Vellumor", applicationSupport + "/Vellumor"},

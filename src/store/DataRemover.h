@@ -3,7 +3,6 @@
 #include "store/FileCalls.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 // DataRemover: deletes what the program keeps, and what it shares with its sibling. Blocks: for the
@@ -21,7 +20,6 @@ enum class Outcome {
     absent, // there was nothing
     failed, // some of it is still there
 };
-[[nodiscard]] std::string_view rawValue(Outcome outcome);
 
 struct Result {
     Target target;

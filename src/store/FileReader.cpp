@@ -100,12 +100,6 @@ FileContents readFile(const std::string& path, std::size_t limit)
     return {ReadStatus::ok, std::move(bytes), 0};
 }
 
-SecretFileContents readSecretFile(const std::string& path)
-{
-    SecretBytes memory;
-    return readSecretFile(path, memory);
-}
-
 SecretFileContents readSecretFile(const std::string& path, SecretBytes& memory)
 {
     OpenedFile file = openRegular(path, maxFileSize);

@@ -36,6 +36,5 @@ struct SecretFileContents {
 // The same into guarded memory; no other copy of the bytes is left in the process. `memory` is
 // taken for it when the file can be opened.
 [[nodiscard]] SecretFileContents readSecretFile(const std::string& path, SecretBytes& memory);
-[[nodiscard]] SecretFileContents readSecretFile(const std::string& path);
 
 } // namespace vellumor

@@ -26,7 +26,7 @@ struct OnboardingState {
 class OnboardingStore {
 public:
     // Loads; creates nothing. `files` outlives the store.
-    OnboardingStore(const FileStore& files, std::string fileURL, RunJob runJob = runAtOnce);
+    OnboardingStore(const FileStore& files, std::string fileURL, RunJob runJob);
 
     void setCurrent(const OnboardingState& state); // handed to `runJob` at once, to be written
     [[nodiscard]] const OnboardingState& current() const { return m_current; }

@@ -14,7 +14,7 @@ namespace vellumor {
 class PreferencesStore {
 public:
     // Loads; creates nothing. `files` outlives the store.
-    PreferencesStore(const FileStore& files, std::string fileURL, RunJob runJob = runAtOnce);
+    PreferencesStore(const FileStore& files, std::string fileURL, RunJob runJob);
 
     // Clamps, keeps and writes; gives what was kept. A failed write leaves the file as it was.
     Preferences save(const Preferences& preferences);

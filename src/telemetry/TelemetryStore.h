@@ -19,8 +19,7 @@ class TelemetryStore {
 public:
     // Loads; a file that is missing, broken, of a newer version or without an identity is replaced
     // by a new one at once, any other is left as it is. `files` and `clock` outlive the store.
-    TelemetryStore(const FileStore& files, const Clock& clock, std::string fileURL,
-                   RunJob runJob = runAtOnce);
+    TelemetryStore(const FileStore& files, const Clock& clock, std::string fileURL, RunJob runJob);
     TelemetryStore(const TelemetryStore&) = delete;
     TelemetryStore& operator=(const TelemetryStore&) = delete;
 

@@ -38,13 +38,30 @@ void writeInBackground(const Export& what, const QString& path)
     });
 }
 
+QString suffixOf(const Export& what)
+{
+    return QFileInfo(what.name).suffix();
+}
+
+QString kindOf(const Export& what)
+{
+    return suffixOf(what).toUpper();
+}
+
+QString typeOf(const Export& what)
+{
+    return suffixOf(what) == QLatin1String("csv") ? QStringLiteral("text/csv")
+                                                  : QStringLiteral("application/json");
+}
+
 void askWithQt(const Export& what)
 {
     auto* const panel = new QFileDialog(nullptr, title, startFolder());
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setFileMode(QFileDialog::AnyFile);
-    panel->setDefaultSuffix(QFileInfo(what.name).suffix());
+    panel->setDefaultSuffix(suffixOf(what));
+    panel->setNameFilter(kindOf(what) + QStringLiteral(" (*.") + suffixOf(what) + QLatin1Char(')'));
     panel->selectFile(what.name);
     QObject::connect(panel, &QFileDialog::fileSelected, panel,
                      [what](const QString& path) { writeInBackground(what, path); });
@@ -61,7 +78,7 @@ void save(const std::string& suggestedName, std::string bytes,
     const Export what{QString::fromStdString(suggestedName), std::move(bytes),
                       std::move(onFailure)};
     auto* const panel = new PortalSavePanel(std::move(bus), qApp);
-    panel->ask({title, what.name, startFolder()},
+    panel->ask({title, what.name, startFolder(), kindOf(what), typeOf(what)},
                [what](PortalSavePanel::End end, const QString& path) {
                    if (end == PortalSavePanel::End::chosen)
                        writeInBackground(what, path);

@@ -71,15 +71,15 @@ void HistoryChartView::paintSegment(QPainter& painter, const HistoryChart::Point
     area.lineTo(place({points.front().x, 0}));
     area.closeSubpath();
     QLinearGradient shade(0, 0, 0, height());
-    shade.setColorAt(0, faded(m_theme.accent, areaAlpha));
-    shade.setColorAt(1, faded(m_theme.accent, 0));
+    shade.setColorAt(0, faded(m_theme.text, areaAlpha));
+    shade.setColorAt(1, faded(m_theme.text, 0));
     painter.fillPath(area, shade);
-    painter.strokePath(line, QPen(m_theme.accent, lineWidth));
+    painter.strokePath(line, QPen(m_theme.text, lineWidth));
 }
 
 void HistoryChartView::paintTicks(QPainter& painter) const
 {
-    painter.setPen(QPen(m_theme.dimmed, 1));
+    painter.setPen(QPen(m_theme.dimmed, 1, Qt::SolidLine, Qt::FlatCap));
     for (const double tick : m_content.resetTicks) {
         const double x = onPixel(tick * width());
         painter.drawLine(QPointF(x, height() - tickLength), QPointF(x, height()));
@@ -92,7 +92,7 @@ void HistoryChartView::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(faded(m_theme.dimmed, limitAlpha), hairline));
     painter.drawLine(QPointF(0, margin), QPointF(width(), margin));
-    painter.setPen(QPen(faded(m_theme.dimmed, dayAlpha), hairline));
+    painter.setPen(QPen(faded(m_theme.dimmed, dayAlpha), hairline, Qt::SolidLine, Qt::FlatCap));
     for (const double day : m_days) {
         const double x = onPixel(day * width());
         painter.drawLine(QPointF(x, margin), QPointF(x, height() - margin));

@@ -174,17 +174,6 @@ QImage stackedImage(const std::vector<Group>& groups, const QFont& font, int sca
     return image;
 }
 
-QImage symbolImage(int scale)
-{
-    QImage image = canvas(MenuBarLabel::height, scale);
-    const int pixels = image.height();
-    const QIcon symbol(QStringLiteral(":/icons/vellumor-menubar-template.svg"));
-    QPixmap drawn = symbol.pixmap(QSize(pixels, pixels), 1.0);
-    drawn.setDevicePixelRatio(scale);
-    QPainter(&image).drawPixmap(0, 0, drawn);
-    return image;
-}
-
 bool hasSlots(const std::vector<Group>& groups)
 {
     return std::ranges::any_of(groups, [](const Group& group) { return !group.empty(); });
@@ -211,11 +200,23 @@ QImage LabelPainter::image(const std::vector<Group>& groups, MenuBarMode mode, b
                            int scale) const
 {
     if (!hasSlots(groups))
-        return symbolImage(scale);
+        return symbol(QStringLiteral(":/icons/vellumor-menubar-template.svg"), scale);
     if (mode == MenuBarMode::bars)
         return barsImage(groups, scale);
     return dual ? stackedImage(groups, m_stackedNumbers, scale)
                 : numbersImage(groups, m_numbers, scale);
+}
+
+QImage LabelPainter::symbol(const QString& file, int scale)
+{
+    QImage image = canvas(MenuBarLabel::height, scale);
+    const int pixels = image.height();
+    QPixmap drawn = QIcon(file).pixmap(QSize(pixels, pixels), 1.0);
+    if (drawn.isNull())
+        return barsImage({{{40.0}}, {{80.0}}, {{60.0}}}, scale);
+    drawn.setDevicePixelRatio(scale);
+    QPainter(&image).drawPixmap(0, 0, drawn);
+    return image;
 }
 
 StatusLabel::Scales LabelPainter::scales(const std::vector<Group>& groups, MenuBarMode mode,

@@ -24,6 +24,10 @@ public:
     [[nodiscard]] QImage image(const std::vector<MenuBarLabel::Group>& groups, MenuBarMode mode,
                                bool dual, int scale) const;
 
+    // The picture in the file, as high as all of them; where it cannot be read, as without Qt's
+    // plugin for SVG, a small gauge.
+    [[nodiscard]] static QImage symbol(const QString& file, int scale);
+
 private:
     [[nodiscard]] StatusLabel::Scales scales(const std::vector<MenuBarLabel::Group>& groups,
                                              MenuBarMode mode, bool dual) const;

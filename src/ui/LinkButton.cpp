@@ -1,6 +1,7 @@
 #include "ui/LinkButton.h"
 
 #include "ui/Accessibility.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 
@@ -8,7 +9,6 @@ namespace vellumor {
 
 LinkButton::LinkButton(QWidget* parent)
     : FlatButton(parent)
-    , m_colour(palette().color(QPalette::Link))
 {
     Accessibility::setRole(*this, QAccessible::Link);
     setCursor(Qt::PointingHandCursor);
@@ -35,7 +35,7 @@ void LinkButton::paintEvent(QPaintEvent*)
     QFont underlined = font();
     underlined.setUnderline(true);
     painter.setFont(underlined);
-    painter.setPen(m_colour);
+    painter.setPen(m_colour.isValid() ? m_colour : Theme::of(palette()).link);
     painter.drawText(rect(), static_cast<int>(Qt::AlignVCenter) | static_cast<int>(Qt::AlignLeft),
                      text());
     if (hasFocus()) {

@@ -77,12 +77,6 @@ QColor PlainText::ink() const
                : text;
 }
 
-void PlainText::setHelp(const QString& help)
-{
-    m_help = help;
-    updateToolTip();
-}
-
 PlainText::Lines PlainText::lines(int width) const
 {
     const QFontMetrics metrics(font());
@@ -160,7 +154,7 @@ void PlainText::paintEvent(QPaintEvent*)
 // A text tip is read as rich text when it looks like it, so its marks are escaped.
 void PlainText::updateToolTip()
 {
-    const QString tip = !m_help.isEmpty() ? m_help : lines(width()).isCut ? text() : QString();
+    const QString tip = lines(width()).isCut ? text() : QString();
     setToolTip(tip.isEmpty() ? tip : QStringLiteral("<span>%1</span>").arg(tip.toHtmlEscaped()));
 }
 

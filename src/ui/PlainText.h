@@ -25,8 +25,6 @@ public:
     void setDimmed();                           // secondary, in the palette's colours
     // Takes the height that it needs at this width, for layouts that do not ask.
     void fixWidth(int width);
-    // Shown at once as the whole text, whether it is cut off or not.
-    void setHelp(const QString& help);
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -50,7 +48,6 @@ private:
     int m_mostLines;
     QColor m_colour; // invalid: the palette's
     bool m_isDimmed = false;
-    QString m_help;
 };
 
 } // namespace vellumor

@@ -126,7 +126,9 @@ const Account* Popover::historyAccount() const
 void Popover::updateHistory(Instant now)
 {
     const Account* account = historyAccount();
-    if (account == nullptr) {
+    if (account == nullptr) { // should it come back, nobody has asked for its history
+        m_historyDir.clear();
+        m_historyInputs = {};
         m_view->setHistory(nullptr);
         return;
     }

@@ -16,8 +16,6 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace vellumor {
 
 namespace {

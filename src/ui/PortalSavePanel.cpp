@@ -1,6 +1,7 @@
 #include "ui/PortalSavePanel.h"
 
 #include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <QTimer>
@@ -32,12 +33,60 @@ QByteArray asPath(const QString& path)
     return bytes;
 }
 
+// The kinds of file that a panel offers: on the bus a(sa(us)).
+struct Rule {
+    uint by = 0;
+    QString what;
+};
+struct Filter {
+    QString name;
+    QList<Rule> rules;
+};
+using Filters = QList<Filter>;
+constexpr uint byType = 1; // and not by a pattern of names
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Rule& rule)
+{
+    argument.beginStructure();
+    argument << rule.by << rule.what;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Rule& rule)
+{
+    argument.beginStructure();
+    argument >> rule.by >> rule.what;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Filter& filter)
+{
+    argument.beginStructure();
+    argument << filter.name << filter.rules;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Filter& filter)
+{
+    argument.beginStructure();
+    argument >> filter.name >> filter.rules;
+    argument.endStructure();
+    return argument;
+}
+
 } // namespace
 
 PortalSavePanel::PortalSavePanel(QDBusConnection bus, QObject* parent)
     : QObject(parent)
     , m_bus(std::move(bus))
 {
+    qDBusRegisterMetaType<Rule>();
+    qDBusRegisterMetaType<QList<Rule>>();
+    qDBusRegisterMetaType<Filter>();
+    qDBusRegisterMetaType<Filters>();
 }
 
 void PortalSavePanel::ask(const Question& question, Then then)
@@ -58,7 +107,9 @@ void PortalSavePanel::send(const Question& question)
     listenTo(requestFolder + self + QLatin1Char('/') + token);
     m_bus.connect(QString(), busPath, busName, QStringLiteral("NameOwnerChanged"), {portal},
                   QString(), this, SLOT(onOwnerChanged(QDBusMessage)));
+    const Filters filters{{question.kind, {{byType, question.type}}}};
     const QVariantMap options{{QStringLiteral("handle_token"), token},
+                              {QStringLiteral("filters"), QVariant::fromValue(filters)},
                               {QStringLiteral("current_name"), question.name},
                               {QStringLiteral("current_folder"), asPath(question.folder)}};
     auto call =

@@ -19,6 +19,8 @@ public:
         QString title;
         QString name;   // that is offered
         QString folder; // that is shown first
+        QString kind;   // of file, as the user reads it
+        QString type;   // of its content, as "text/csv"
     };
     enum class End {
         chosen,

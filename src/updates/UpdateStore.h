@@ -29,7 +29,7 @@ struct UpdateState {
 class UpdateStore {
 public:
     // Loads; creates nothing. `files` outlives the store.
-    UpdateStore(const FileStore& files, std::string fileURL, RunJob runJob = runAtOnce);
+    UpdateStore(const FileStore& files, std::string fileURL, RunJob runJob);
 
     void save(const UpdateState& state); // writes nothing when nothing has changed
     [[nodiscard]] const UpdateState& current() const { return m_current; }

@@ -17,7 +17,8 @@ std::string withoutClosingSlash(std::string address)
     return address;
 }
 
-// A URL's host comes normalised, so that only the plain dotted form of an address is left.
+// A URL's host comes normalised: what reads as an address stands there in its plain dotted form.
+// Whatever else looks like one, as 127.0.0.008 does, is a name to ask for, and is not taken.
 bool isThisMachine(const QString& host)
 {
     if (host == u"localhost" || host == u"::1")
@@ -26,8 +27,8 @@ bool isThisMachine(const QString& host)
     if (numbers.size() != 4 || numbers.front() != u"127")
         return false;
     for (const QString& number : numbers) {
-        bool isNumber = false;
-        if (number.toUShort(&isNumber) > 255 || !isNumber)
+        const ushort value = number.toUShort();
+        if (value > 255 || number != QString::number(value))
             return false;
     }
     return true;

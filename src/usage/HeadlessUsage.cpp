@@ -1,7 +1,6 @@
 #include "usage/HeadlessUsage.h"
 
 #include "store/DiskPath.h"
-#include "store/FileStore.h"
 #include "usage/ClaudeBinaryFinder.h"
 #include "usage/TokenReviver.h"
 
@@ -13,9 +12,11 @@ constexpr std::chrono::seconds usageTimeLimit{120};
 
 } // namespace
 
-HeadlessUsage::HeadlessUsage(ProcessRunner& processes, Worker& worker, Setting setting)
+HeadlessUsage::HeadlessUsage(ProcessRunner& processes, Worker& worker, const FileStore& files,
+                             Setting setting)
     : m_processes(processes)
     , m_worker(worker)
+    , m_files(files)
     , m_setting(std::move(setting))
 {
 }
@@ -24,9 +25,9 @@ Task<int> HeadlessUsage::spawnUsage(std::string binary, std::string configDir, s
 {
     ProcessRequest request;
     // Claude Code is to work in the directories that are there, not to make others beside them.
-    auto prepare = [configDir, workDir] {
+    auto prepare = [&files = m_files, configDir, workDir] {
         std::pair spelled(DiskPath::spelled(configDir), DiskPath::spelled(workDir));
-        FileStore().ensureDirectory(spelled.second);
+        files.ensureDirectory(spelled.second);
         return spelled;
     };
     const auto [config, work] = co_await m_worker.run(std::move(prepare));

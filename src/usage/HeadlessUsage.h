@@ -4,6 +4,7 @@
 #include "async/Worker.h"
 #include "base/Environment.h"
 #include "platform/ProcessRunner.h"
+#include "store/FileStore.h"
 
 #include <string>
 
@@ -20,15 +21,18 @@ public:
     };
 
     // Everything borrowed outlives it.
-    HeadlessUsage(ProcessRunner& processes, Worker& worker, Setting setting);
+    HeadlessUsage(ProcessRunner& processes, Worker& worker, const FileStore& files,
+                  Setting setting);
 
-    // The exit status; -1 when the shell could not be started. Ends it after 120 seconds.
+    // The exit status; -1 when the shell could not be started. Makes `workDir` if it is missing.
+    // Ends the shell after 120 seconds.
     [[nodiscard]] Task<int> spawnUsage(std::string binary, std::string configDir,
                                        std::string workDir);
 
 private:
     ProcessRunner& m_processes;
     Worker& m_worker;
+    const FileStore& m_files;
     Setting m_setting;
 };
 

@@ -9,7 +9,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <functional>
 #include <tuple>
+#include <vector>
 
 namespace vellumor::accountStoreFilesTest {
 namespace {
@@ -34,7 +36,10 @@ struct AccountStoreFilesTest : testing::Test {
     std::string sharedPath = folder.file("Quorle/accounts.json");
     SharedAccountsStore shared{files, sharedPath};
 
-    [[nodiscard]] AccountStore load() const { return {files, shared, clock, own, "/home/me"}; }
+    [[nodiscard]] AccountStore load() const
+    {
+        return {files, shared, clock, own, "/home/me", runAtOnce};
+    }
     static std::string add(AccountStore& store, const std::string& dir)
     {
         store.upsertManual(dir, std::nullopt);
@@ -88,6 +93,25 @@ TEST_F(AccountStoreFilesTest, everyChangeIsInBothFilesAtOnce)
     EXPECT_EQ(test::modeOf(own), 0600U);
     EXPECT_EQ(test::modeOf(sharedPath), 0600U);
     EXPECT_EQ(test::namesIn(folder.file("Vellumor")), Names{"accounts.json"});
+}
+
+TEST_F(AccountStoreFilesTest, writingIsLeftToOthersAndEachOfThemWritesTheValuesOfItsChange)
+{
+    std::vector<std::function<void()>> jobs;
+    AccountStore store(files, shared, clock, own, "/home/me",
+                       [&](std::function<void()> job) { jobs.push_back(std::move(job)); });
+    const std::string id = add(store, "/a");
+    const StoredAccounts added = store.records();
+    store.rename(id, "Renamed");
+    EXPECT_EQ(test::filesBelow(folder.path()), Names());
+    ASSERT_EQ(jobs.size(), 2U);
+    jobs[0]();
+    EXPECT_EQ(load().records(), added);
+    EXPECT_EQ(shared.load(), AccountMerge::sharedIdentities(added));
+    jobs[1]();
+    EXPECT_EQ(load().records(), store.records());
+    EXPECT_EQ(shared.load(), AccountMerge::sharedIdentities(store.records()));
+    EXPECT_EQ(shared.load().at("/a").name, "Renamed");
 }
 
 TEST_F(AccountStoreFilesTest, whatChangesNothingWritesNothing)
@@ -221,7 +245,7 @@ TEST_F(AccountStoreFilesTest, aFailedWriteIsSilentAndTheRecordsStayRight)
     } fullDisk;
     const FileStore failing(fullDisk);
     const SharedAccountsStore failingShared(failing, sharedPath);
-    AccountStore store(failing, failingShared, clock, own, "/home/me");
+    AccountStore store(failing, failingShared, clock, own, "/home/me", runAtOnce);
     const std::string id = add(store, "/a");
     store.rename(id, "Mine");
     store.remove(id, "a@b", {});
@@ -240,7 +264,7 @@ TEST_F(AccountStoreFilesTest, whenOnlyTheOwnFileFailsTheSharedOneStillFollows)
         }
     } noRename;
     const FileStore failing(noRename);
-    AccountStore store(failing, shared, clock, own, "/home/me");
+    AccountStore store(failing, shared, clock, own, "/home/me", runAtOnce);
     const std::string id = add(store, "/a");
     EXPECT_EQ(test::namesIn(folder.file("Vellumor")), Names());
     EXPECT_EQ(shared.load().at("/a").id, id);

@@ -19,7 +19,8 @@ struct AccountStoreTest : testing::Test {
     test::FakeClock clock;
     FileStore files;
     SharedAccountsStore shared{files, folder.file("Quorle/accounts.json")};
-    AccountStore store{files, shared, clock, folder.file("Vellumor/accounts.json"), "/home/me"};
+    AccountStore store{files,      shared,   clock, folder.file("Vellumor/accounts.json"),
+                       "/home/me", runAtOnce};
 
     std::string add(const std::string& dir)
     {

@@ -44,6 +44,26 @@ TEST(IdentityFile, anEmptyTextIsAValue)
               (Identity{"", {}, " ", {}}));
 }
 
+TEST(IdentityFile, aTextThatIsCutInTheMiddleOfAPairSpoilsNothingElse)
+{
+    const char* const texts[] = {
+        R"(\ud83d)",   R"(\ude00)",   R"(x\ud83dx)", R"(\ud83d\ud83d\ude00)",
+        R"(\ud83d\n)", R"(\\\ud83d)", R"(\\ud83d)",  R"(\ud83d\ude00)"};
+    for (const char* const text : texts) {
+        const auto identity = IdentityFile::parse(
+            std::string(R"({"history": [")") + text +
+            R"("], "oauthAccount": {"emailAddress": "a@b", "displayName": "\ud83d\ude00"}})");
+        EXPECT_EQ(identity.email, "a@b") << text;
+        EXPECT_EQ(identity.displayName, "\U0001F600") << text;
+    }
+}
+
+TEST(IdentityFile, halfAPairInANameIsTheSignForWhatCannotBeRead)
+{
+    EXPECT_EQ(IdentityFile::parse(R"({"oauthAccount": {"displayName": "A\ud83d"}})").displayName,
+              "A\uFFFD");
+}
+
 TEST(IdentityFile, aBrokenFileHasNoIdentity)
 {
     const char* const account = R"({"oauthAccount": {"emailAddress": "a@b"}})";

@@ -76,7 +76,7 @@ TEST_F(KeychainReaderListingTest, aKeyringThatListsNothingIsAskedForTheExpectedS
 TEST_F(KeychainReaderListingTest, withNoKeyringTheFilesAloneCount)
 {
     putFile(".claude-work", R"({"claudeAiOauth": {"accessToken": "a"}})");
-    NoKeyring none;
+    test::FakeKeyring none;
     const KeychainReader filesOnly(directories, none, clock);
     EXPECT_EQ(filesOnly.enumerateClaudeServices(), Names{work});
     EXPECT_EQ(filesOnly.probe(work).status, TokenStatus::readable);

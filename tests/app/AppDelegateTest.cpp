@@ -359,6 +359,30 @@ TEST_F(AppDelegateTest, theLabelDimsByItselfWhenAReadingGrowsTooOld)
     EXPECT_EQ(statusItem.labels.size(), 1U);
 }
 
+// With more accounts than the chosen interval has room for each is fetched less often.
+TEST_F(AppDelegateTest, theLabelDimsByTheIntervalThatIsReallyKept)
+{
+    addAll({"bob", "cleo"});
+    start();
+    state.setUserInterval(60);
+    state.setPinned(id("bob"), false);
+    state.setPinned(id("cleo"), false);
+    applyTo("ada", read(UsageSource::endpoint));
+    settle();
+    clock.advance(seconds(12)); // what is given back after the start
+    statusItem.labels.clear();
+    clock.advance(milliseconds(288'001));
+    EXPECT_TRUE(statusItem.labels.empty());
+    delegate.updateLabel();
+    EXPECT_EQ(statusItem.labels.back().text, "ada 40%");
+    statusItem.labels.clear();
+    clock.advance(milliseconds(239'999));
+    EXPECT_TRUE(statusItem.labels.empty());
+    clock.advance(milliseconds(1));
+    ASSERT_EQ(statusItem.labels.size(), 1U);
+    EXPECT_EQ(statusItem.labels[0].text, "ada 40%, showing last update");
+}
+
 TEST_F(AppDelegateTest, whereNoReadingIsDrawnNoAlarmWaits)
 {
     start();

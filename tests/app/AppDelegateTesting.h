@@ -27,7 +27,7 @@ struct AppDelegateTesting : AppStateTesting {
     bool isOnboardingDue = false;
     std::vector<std::string> pages;
     RecordingTelemetry told{steps};
-    TelemetryStore telemetry{files, clock, folders.vellumor() + "/telemetry.json"};
+    TelemetryStore telemetry{files, clock, folders.vellumor() + "/telemetry.json", runAtOnce};
     PrivacyModel privacy{telemetry, told, clock};
     GeneralModel general{{.clock = clock,
                           .isLaunchedAtLogin = [] { return ready(false); },

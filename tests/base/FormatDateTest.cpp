@@ -57,6 +57,21 @@ TEST(FormatDate, sevenDigitsOfFractionLoseTheFractionAndKeepTheOffset)
     });
 }
 
+// Whatever stands between the full stop and the zone goes, however many digits are in it.
+TEST(FormatDate, aFractionThatIsNotDigitsAloneIsDroppedLikeAnyOther)
+{
+    expectParsed({
+        {"2026-03-01T09:30:00.xZ", nineThirty},
+        {"2026-03-01T09:30:00.12x+00:00", nineThirty},
+        {"2026-03-01T09:30:00.123x+00:00", nineThirty},
+        {"2026-03-01T09:30:00.123456xZ", nineThirty},
+        {"2026-03-01T11:30:00.123 +02:00", nineThirty},
+        {"2026-03-01T09:30:00.123x", std::nullopt},
+        {"2026-03-01T09:30:00.123xz", std::nullopt},
+        {"2026-03-01T09:30:00.123x+0200", std::nullopt},
+    });
+}
+
 TEST(FormatDate, aDateWithoutAZoneIsRefusedWithAndWithoutAFraction)
 {
     expectParsed({

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# install.sh BUILD_FOLDER: installs into a folder of its own and runs what was installed.
+# install.sh BUILD_FOLDER VERSION: installs into a folder of its own and runs what was installed.
 set -euo pipefail
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
 cmake --install "$1" --prefix "$place/usr" >/dev/null
 mkdir "$place/home"
 report=$(env -i HOME="$place/home" VELLUMOR_DIAG=1 "$place/usr/bin/vellumor")
-grep -q '^Vellumor 1\.0\.0 — diagnostics$' <<<"$report"
-test "$(env -i "$place/usr/bin/vellumor" --version)" = 'Vellumor 1.0.0'
+grep -qxF "Vellumor $2 — diagnostics" <<<"$report"
+test "$(env -i "$place/usr/bin/vellumor" --version)" = "Vellumor $2"
 test -x "$place/usr/libexec/vellumor/vellumor"
 for file in man/man1/vellumor.1 bash-completion/completions/vellumor zsh/vendor-completions/_vellumor \
     fish/vendor_completions.d/vellumor.fish doc/vellumor/README.md applications/dev.quorle.vellumor.desktop \

@@ -32,9 +32,9 @@ public:
     explicit Writer(const std::string& base)
         : m_base(base)
         , m_shared(m_files, path(CrashFile::sharedAccounts))
-        , m_accounts(m_files, m_shared, m_clock, path(CrashFile::accounts), "/home/user")
-        , m_preferences(m_files, path(CrashFile::preferences))
-        , m_onboarding(m_files, path(CrashFile::onboarding))
+        , m_accounts(m_files, m_shared, m_clock, path(CrashFile::accounts), "/home/user", runAtOnce)
+        , m_preferences(m_files, path(CrashFile::preferences), runAtOnce)
+        , m_onboarding(m_files, path(CrashFile::onboarding), runAtOnce)
     {
         if (m_accounts.records().empty())
             m_accounts.upsertManual(test::crashAccountDir, std::nullopt);

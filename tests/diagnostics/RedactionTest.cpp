@@ -41,6 +41,15 @@ TEST(Redaction, aVeryShortNameIsHiddenWhereItIsAWordAndLeavesOtherWordsReadable)
     EXPECT_EQ(redaction.shown("/home/ann/.claude-ab"), "~/.claude-…");
 }
 
+TEST(Redaction, aVeryShortNameOfOtherLettersIsHiddenToo)
+{
+    for (const std::string org : {"李明", "Ü", "ü", "A&", "é1"}) {
+        const Redaction one("/home/ann", {facts(std::nullopt, org)});
+        EXPECT_EQ(one.shown("/home/ann/.claude-" + org), "~/.claude-…") << org;
+        EXPECT_EQ(one.shown(org + " plan"), "… plan") << org;
+    }
+}
+
 TEST(Redaction, aNameIsFoundInAnyComposition)
 {
     const Redaction composed("/home/ann", {facts(std::nullopt, "Caf\u00e9 Noir")});

@@ -92,6 +92,13 @@ TEST(ProjectionEvaluate, theFirstTwentiethOfAWindowSaysNothing)
     EXPECT_TRUE(formOf(session(90, seconds(900))));
 }
 
+TEST(ProjectionEvaluate, aResetThatHasPassedIsNoSpecialCase)
+{
+    const seconds passed(18060); // a minute more than a session lasts
+    EXPECT_EQ(formOf(session(3, passed)), Projection::Form(OnPace{5}));
+    EXPECT_EQ(formOf(session(60, passed)), std::nullopt);
+}
+
 TEST(ProjectionEvaluate, withoutHistoryTheWindowsAverageDecides)
 {
     // 30 % in half of the week: 60 % at its end.
@@ -273,6 +280,20 @@ TEST(ProjectionTrailingRun, theUpperMedianOfTheSpacingsIsTheTypicalOne)
     EXPECT_EQ(runLength(history({{2800, 1}, {1500, 2}, {200, 3}, {100, 4}, {0, 5}})), 5U);
 }
 
+TEST(ProjectionTrailingRun, theSpacingIsThatOfTheSamplesThatTellTheKind)
+{
+    UsageSamples samples;
+    for (int ago = 7200; ago >= 0; ago -= 60) {
+        UsageSample sample;
+        sample.at = now - seconds(ago);
+        sample.percents.set("weekly_all", 10);
+        if (ago % 600 == 0)
+            sample.percents.set("session", 10);
+        samples.push_back(std::move(sample));
+    }
+    EXPECT_EQ(runLength(samples), 6U); // 3000 seconds
+}
+
 TEST(ProjectionTrailingRun, samplesOfOneMomentDoNotMakeTheSpacingZero)
 {
     std::vector<std::pair<int, double>> points;
@@ -310,6 +331,13 @@ TEST(ProjectionEwmaRate, whatLiesFifteenMinutesBackWeighsHalf)
     const Points run = {{now - seconds(1800), 0}, {now - seconds(900), 9}, {now, 9}};
     // 0.01 % a second with weight a half, then nothing with weight one.
     EXPECT_NEAR(Projection::ewmaRate(run, now), 0.01 / 3, 1e-12);
+}
+
+TEST(ProjectionEwmaRate, aPairWeighsByItsEndAndNotByItsBeginning)
+{
+    const Points run = {{now - seconds(2700), 0}, {now - seconds(900), 0}, {now, 9}};
+    // Half an hour of nothing with weight a half, then 0.01 % a second for a quarter.
+    EXPECT_NEAR(Projection::ewmaRate(run, now), 0.005, 1e-12);
 }
 
 TEST(ProjectionEwmaRate, itIsNeverNegativeAndPairsWithoutTimeAreSkipped)

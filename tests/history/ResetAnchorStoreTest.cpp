@@ -55,7 +55,7 @@ std::string changed(const std::string& path, const std::optional<Json>& value)
 struct ResetAnchorStoreTest : testing::Test {
     test::TempFolder folder;
     FileStore files;
-    std::string path = folder.file("Vellumor/reset-anchors.json");
+    std::string path = folder.makeFolder("Vellumor") + "/reset-anchors.json";
     ResetAnchorStore store{files, path};
 
     // The anchor of the weekly window of "/a".
@@ -71,13 +71,16 @@ struct ResetAnchorStoreTest : testing::Test {
 
 } // namespace
 
-TEST_F(ResetAnchorStoreTest, itMakesTheFolderAndNothingInIt)
+TEST_F(ResetAnchorStoreTest, itMakesNothingUntilThereIsSomethingToKeep)
 {
-    EXPECT_EQ(test::modeOf(folder.file("Vellumor")), 0700U);
-    EXPECT_EQ(store.load(), ResetAnchors());
-    EXPECT_EQ(ResetAnchorStore::loadFrom(folder.file("other/file.json")), ResetAnchors());
+    const std::string file = folder.file("other/file.json");
+    ResetAnchorStore elsewhere(files, file);
+    EXPECT_EQ(elsewhere.load(), ResetAnchors());
+    EXPECT_EQ(ResetAnchorStore::loadFrom(file), ResetAnchors());
     EXPECT_EQ(test::namesIn(folder.path()), Names{"Vellumor"});
-    EXPECT_EQ(test::namesIn(folder.file("Vellumor")), Names());
+    elsewhere.record(reporting(reset), "/a");
+    EXPECT_EQ(test::namesIn(folder.path()), (Names{"Vellumor", "other"}));
+    EXPECT_EQ(test::modeOf(folder.file("other")), 0700U);
 }
 
 TEST_F(ResetAnchorStoreTest, theFirstReportIsOnTheCadenceWhateverItsDate)

@@ -335,6 +335,23 @@ TEST_F(UsageHistoryStoreTest, anAppendThatFailsLeavesTheOldFile)
     });
 }
 
+TEST_F(UsageHistoryStoreTest, whatCouldNotBeWrittenIsNotRememberedEither)
+{
+    using Call = test::FailingFileCalls::Call;
+    for (const Call call : {Call::create, Call::write, Call::rename}) {
+        put({sample(now)});
+        test::FailingFileCalls calls;
+        const FileStore failing(calls);
+        UsageHistoryStore remembering(failing, dir);
+        calls.failNext(call, 1, ENOSPC);
+        remembering.append(reading(now + 1s), "/a", now);
+        EXPECT_EQ(*remembering.load("/a"), UsageSamples{sample(now)});
+        remembering.append(reading(now + 1s), "/a", now);
+        EXPECT_EQ(UsageHistoryStore::loadFrom(dir, "/a"),
+                  (UsageSamples{sample(now), sample(now + 1s)}));
+    }
+}
+
 TEST_F(UsageHistoryStoreTest, aReadingThatCannotBeWrittenLeavesTheOldFile)
 {
     put({sample(now)});

@@ -8,6 +8,7 @@
 #include "platform/linux/QtHttpTransport.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "store/AccountFiles.h"
+#include "support/FakeKeyring.h"
 #include "support/LoopbackServer.h"
 #include "support/TempFolder.h"
 #include "usage/HeadlessUsage.h"
@@ -62,7 +63,7 @@ struct RealWorld {
     Worker storeWorker;
     Worker credentialWorker;
     FileStore files;
-    NoKeyring keyring;
+    test::FakeKeyring keyring;
     ServiceDirectories directories{home.path()};
     KeychainReader keychain{directories, keyring, clock};
     UsageClient::ReadCredentials readCredentials = [this](const std::string& service) {
@@ -77,6 +78,7 @@ struct RealWorld {
     HeadlessUsage headless{
         processes,
         credentialWorker,
+        files,
         {{{"HOME", home.path()}, {"PATH", "/usr/bin:/bin"}}, home.path(), "/bin/bash"}};
     TokenReviver reviver;
     UsageStores stores{storeWorker, files, folders};

@@ -54,7 +54,7 @@ struct Revival {
         , persisted(files, home + "/claude-path.json")
         , finder(processes, worker, persisted,
                  {environment, home, LoginShell::path(environment), home + "/revive"})
-        , headless(processes, worker, {environment, home, LoginShell::path(environment)})
+        , headless(processes, worker, files, {environment, home, LoginShell::path(environment)})
     {
         reviver.workDir = home + "/revive";
         reviver.pathOverride = [] { return std::nullopt; };

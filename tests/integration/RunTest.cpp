@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <map>
+
 namespace vellumor::runTest {
 namespace {
 
@@ -69,6 +72,24 @@ TEST_F(RunTest, aRefusalHoldsOverARestart)
     const auto program = world.start("second");
     ASSERT_TRUE(world.waitForLog("[main] running", "second"));
     EXPECT_FALSE(world.waitUntil([&] { return server.requests().size() > 1; }));
+}
+
+TEST_F(RunTest, whatOthersMayReadBelowItsFoldersIsClosedToThemAfterAStart)
+{
+    using std::filesystem::perms;
+    const auto readable = perms::group_read | perms::others_read;
+    std::map<std::string, unsigned> wanted; // of what no store ever writes
+    for (const std::string name : {"Vellumor", "Quorle"}) {
+        const std::string file = world.folder.put("home/.local/share/" + name + "/old/kept", "");
+        const std::string folder = std::filesystem::path(file).parent_path();
+        std::filesystem::permissions(folder, readable | perms::owner_all | perms::group_exec |
+                                                 perms::others_exec);
+        std::filesystem::permissions(file, readable | perms::owner_read | perms::owner_write);
+        wanted.insert({{file, 0600}, {folder, 0700}});
+    }
+    const auto program = world.start();
+    for (const auto& [path, mode] : wanted)
+        EXPECT_TRUE(world.waitUntil([&] { return test::modeOf(path) == mode; })) << path;
 }
 
 TEST_F(RunTest, withoutAnAccountItWaitsForOneAndCallsNobody)

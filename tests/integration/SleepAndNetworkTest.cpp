@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace vellumor::sleepAndNetworkTest {
 namespace {
@@ -21,6 +22,7 @@ using Network = Machine::Network;
 
 // An endpoint that fails, so that nothing is cached: each round asks for each account.
 struct SleepAndNetworkTest : testing::Test {
+    static constexpr const char* presence = ".local/share/Quorle/presence/vellumor.json";
     ProgramWorld world;
     Machine machine{world.folder.makeFolder("machine")};
     Answer answer{500, {}, "{}"};
@@ -39,12 +41,14 @@ struct SleepAndNetworkTest : testing::Test {
     {
         auto program = world.start();
         EXPECT_TRUE(ProgramWorld::waitUntil([this] { return machine.isListenedTo(); }));
-        // The last thing of a start.
-        EXPECT_TRUE(ProgramWorld::waitUntil(
-            [this] { return world.hasFile(".local/share/Quorle/presence/vellumor.json"); }));
+        EXPECT_TRUE(waitForPresence()); // the last thing of a start
         machine.waitUntilHeardBy(program->pid());
         world.endJoining();
         return program;
+    }
+    [[nodiscard]] bool waitForPresence() const
+    {
+        return ProgramWorld::waitUntil([this] { return world.hasFile(presence); });
     }
     void sleep(const ChildProcess& program) const
     {
@@ -108,6 +112,17 @@ TEST_F(SleepAndNetworkTest, aWakeRenewsAReadingThatHasGrownOldInTheSleep)
         wake(*program);
     }
     EXPECT_TRUE(waitForRequests(4));
+}
+
+TEST_F(SleepAndNetworkTest, eachTickTellsTheSiblingThatTheProgramIsHere)
+{
+    world.signIn(".claude", "a-token");
+    const auto program = startOnMachine();
+    ASSERT_TRUE(waitForRequests(1));
+    sleep(*program);
+    std::filesystem::remove(world.home + "/" + presence);
+    wake(*program);
+    EXPECT_TRUE(waitForPresence());
 }
 
 TEST_F(SleepAndNetworkTest, everyReturnToTheNetworkGivesOneRound)

@@ -32,7 +32,7 @@ std::vector<std::string> kinds(const Usage& usage, const Usage& before, double t
 {
     std::vector<std::string> found;
     for (const CustomFire& fire : CustomThresholds::customFired(
-             id, usage, &before, threshold, preferences, alreadyFired, limitReached))
+             id, steps(usage, before), threshold, preferences, alreadyFired, limitReached))
         found.push_back(fire.windowKind);
     return found;
 }
@@ -67,20 +67,28 @@ TEST(CustomThresholds, aLevelIsCrossedWhenItLayAboveAndDoesNotAnyMore)
 
 TEST(CustomThresholds, whatFiresTellsItsWindow)
 {
-    LimitWindow scoped = window("weekly_scoped", "weekly", 81.5, later);
-    scoped.scope = "Opus";
-    const Usage before;
-    EXPECT_EQ(
-        CustomThresholds::customFired(id, reading({scoped}), &before, 75, fixedLevelsOff(), {}, {}),
-        (std::vector<CustomFire>{{"weekly_scoped", "Weekly (Opus)", 75, 81.5,
-                                  "k3f9qz|thr-custom|weekly_scoped|1772447400"}}));
+    const auto crossed = steps(reading({scoped("Opus", 81.5, later)}), {});
+    EXPECT_EQ(CustomThresholds::customFired(id, crossed, 75, fixedLevelsOff(), {}, {}),
+              (std::vector<CustomFire>{{"weekly_scoped", "Weekly (Opus)", 75, 81.5,
+                                        "k3f9qz|thr-custom|weekly_scoped|1772447400"}}));
 }
 
-TEST(CustomThresholds, theFirstReadingOfAnAccountCrossesNothing)
+TEST(CustomThresholds, twoWindowsOfOneKindCrossEachByItself)
 {
-    EXPECT_TRUE(CustomThresholds::customFired(id, reading({session(90, later)}), nullptr, 75,
-                                              fixedLevelsOff(), {}, {})
-                    .empty());
+    const Usage before = reading({scoped("Opus", 70, later), scoped("Sonnet", 70, later)});
+    const Usage now = reading({scoped("Sonnet", 100, later), scoped("Opus", 80, later)});
+    const auto found =
+        CustomThresholds::customFired(id, steps(now, before), 75, fixedLevelsOff(), {}, {});
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0].windowTitle, "Weekly (Sonnet)");
+    EXPECT_EQ(found[0].key, "k3f9qz|thr-custom|weekly_scoped/Sonnet|1772447400");
+    EXPECT_EQ(found[1].windowTitle, "Weekly (Opus)");
+    EXPECT_EQ(found[1].key, "k3f9qz|thr-custom|weekly_scoped/Opus|1772447400");
+    EXPECT_EQ(kinds(now, before, 75, fixedLevelsOff(), {}, {"weekly_scoped/Sonnet"}),
+              Kinds{"weekly_scoped/Opus"})
+        << "the limit of the one was told";
+    EXPECT_EQ(kinds(now, before, 75, fixedLevelsOff(), {found[0].key}), Kinds{"weekly_scoped/Opus"})
+        << "and so was this level of it";
 }
 
 TEST(CustomThresholds, aWindowWithoutAResetTimeCrossesNothing)
@@ -189,10 +197,9 @@ TEST(CustomThresholds, numbersAndNamesThatMakeNoSenseHaveDefinedResults)
     EXPECT_EQ(kinds(reading({weekly(80, later)}), reading({weekly(nan, later)}), 75), Kinds{});
     EXPECT_EQ(kinds(reading({weekly(80, later)}), reading({}), nan), Kinds{});
 
-    const Usage before;
-    const auto found =
-        CustomThresholds::customFired("a|b", reading({window("x|<b>\n", "", 80, yearOne)}), &before,
-                                      75, fixedLevelsOff(), {}, {});
+    const auto found = CustomThresholds::customFired(
+        "a|b", steps(reading({window("x|<b>\n", "", 80, yearOne)}), {}), 75, fixedLevelsOff(), {},
+        {});
     ASSERT_EQ(found.size(), 1);
     EXPECT_EQ(found[0].key, "a|b|thr-custom|x|<b>\n|-62135596800");
     EXPECT_EQ(CustomThresholds::body(found[0], "{} & <i>"),

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <map>
 #include <random>
@@ -74,6 +75,7 @@ struct TrueAccount {
     std::vector<TrueWindow> windows;
     UsageSamples history;
     std::optional<double> lastAlertOfForecast;
+    bool isWhole = false; // the manager has seen all of its windows at once
 };
 
 // Some accounts whose usage goes on for weeks, and a manager that sees what the endpoint reports.
@@ -86,7 +88,8 @@ public:
             const std::string number = std::to_string(i);
             TrueAccount made{account("id" + number, "Account" + number), {}, {}, {}};
             made.windows.push_back({session(0, {}), sessionLength, {}, {}, 0});
-            for (const LimitWindow& one : {weekly(0, {}), opus(0, {})})
+            for (const LimitWindow& one :
+                 {weekly(0, {}), opus(0, {}), scoped("Sonnet", 0, {}), scoped("Haiku", 0, {})})
                 made.windows.push_back({one, week, m_chance.between(60, week), {}, 0});
             m_accounts.push_back(std::move(made));
         }
@@ -113,11 +116,12 @@ public:
 
     // Keys live until eight days after their reset, which lies a week ahead at the most. Of one
     // kind of alert that makes no more than 41 sessions, since the next ends 17,400 seconds later
-    // at the earliest, and 3 weeks. A session has seven kinds of alerts: its reset, three levels,
-    // the custom level, the forecast and the closing; a weekly window has all but the closing.
+    // at the earliest, and 3 weeks, of four windows. A session has seven kinds of alerts: its
+    // reset, three levels, the custom level, the forecast and the closing; a weekly window has all
+    // but the closing.
     [[nodiscard]] std::size_t mostRemembered() const
     {
-        return m_accounts.size() * (41 * 7 + 2 * 3 * 6);
+        return m_accounts.size() * (41 * 7 + 4 * 3 * 6);
     }
     [[nodiscard]] std::size_t remembered() const { return m_world->manager.rememberedAlerts(); }
     [[nodiscard]] int count(const std::string& kind) const
@@ -133,6 +137,8 @@ private:
         m_told.clear();
         for (TrueAccount& one : m_accounts)
             one.lastAlertOfForecast.reset();
+        for (TrueAccount& one : m_accounts)
+            one.isWhole = false;
         changeSettings();
     }
 
@@ -148,20 +154,35 @@ private:
         m_world->interval = m_chance.oneOf(std::array{60.0, 120.0, 600.0});
     }
 
+    // Some are missing at times, but not at their reset: what has gone then has reset at what was
+    // its time in the last report.
+    bool isHeldBack(const TrueAccount& who, const TrueWindow& one)
+    {
+        if (!one.reported.scope)
+            return !one.reported.resetsAt && m_chance.oneIn(2);
+        // Of several of a kind that were never seen together one would be taken for another.
+        const bool isKnown = who.isWhole || one.reported.scope == "Haiku";
+        return isKnown && *one.end - m_now > 3 * jitter && m_chance.oneIn(4);
+    }
+
     void observe(TrueAccount& who)
     {
         std::vector<LimitWindow> windows;
         for (TrueWindow& one : who.windows) {
             one.passTo(m_now, m_chance);
-            if (one.reported.resetsAt || m_chance.oneIn(2))
+            if (!isHeldBack(who, one))
                 windows.push_back(one.reported);
         }
+        const bool isWhole = std::ranges::count(windows, "weekly_scoped", &LimitWindow::kind) == 2;
+        if (m_chance.oneIn(2))
+            std::ranges::reverse(windows);
         Usage usage = reading(windows, after(m_now));
         if (m_now < m_offlineUntil || m_chance.oneIn(6)) {
             ASSERT_EQ(observeOld(who, usage), Told{});
             return;
         }
         std::swap(m_world->history, who.history);
+        who.isWhole = who.isWhole || isWhole;
         const auto source = m_chance.oneIn(5) ? UsageSource::cli : UsageSource::endpoint;
         const Told told = m_world->observe(who.account, usage, source);
         std::swap(m_world->history, who.history);
@@ -226,7 +247,16 @@ private:
     {
         if (body.find("ession") != std::string::npos)
             return who.windows[0];
-        return who.windows.at(body.find("(Opus)") == std::string::npos ? 1 : 2);
+        for (std::size_t i = 2; i < who.windows.size(); ++i) {
+            const LimitWindow& window = who.windows[i].reported;
+            std::string title = LimitWindow::title(window.kind, window.scope);
+            // Of one that was alone at first and has gone the scope is not told.
+            if (window.scope == "Sonnet" && body.find("(scoped)") != std::string::npos)
+                title = "Weekly (scoped)";
+            if (body.find(title) != std::string::npos)
+                return who.windows[i];
+        }
+        return who.windows.at(1);
     }
 
     void judge(TrueAccount& who, const std::string& body)
@@ -237,7 +267,10 @@ private:
         ASSERT_NE(kind, "");
         ASSERT_TRUE(body.starts_with(who.account.displayName + " · "));
         ++m_counts[kind];
-        EXPECT_TRUE(m_told.insert({who.account.id, about.reported.kind, kind, about.period}).second)
+        const std::string title = LimitWindow::title(about.reported.kind, about.reported.scope);
+        const bool isFirst = m_told.insert({who.account.id, title, kind, about.period}).second;
+        // The history, and so the forecast, knows windows by their kind alone.
+        EXPECT_TRUE(isFirst || (kind == "on pace to hit" && about.reported.scope))
             << "twice in one period";
         if (kind == "has reset") {
             ASSERT_TRUE(about.lastEnd);

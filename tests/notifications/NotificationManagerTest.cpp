@@ -237,11 +237,10 @@ TEST_F(NotificationManagerTest, theForecastHeedsTheHistory)
 {
     preferences = only({&Preferences::notifyProjectedSession});
     for (int minute = -60; minute < 0; minute += 5)
-        history.push_back({morning + minutes(minute), {{"session", 40}}});
-    session(52, 0);
-    EXPECT_EQ(session(52, 240), Told{}) << "52 on average, but "
+        history.push_back({morning + minutes(minute), {{"session", 65}}});
+    session(65, 0);
+    EXPECT_EQ(session(65, 240), Told{}) << "65 on average, but "
                                            "nothing of late";
-    history.clear();
     NotifiedWorld without;
     without.preferences = preferences;
     without.observe(reading({test::session(65, end)}, after(0)));

@@ -2,7 +2,7 @@
 
 #include "accounts/Account.h"
 #include "base/Format.h"
-#include "usage/model/Usage.h"
+#include "notifications/WindowAnchors.h"
 
 #include <cmath>
 #include <optional>
@@ -45,6 +45,13 @@ inline LimitWindow weekly(double percent, std::optional<Instant> resetsAt)
 {
     return window("weekly_all", "weekly", percent, resetsAt);
 }
+inline LimitWindow scoped(const std::string& scope, double percent, std::optional<Instant> resetsAt)
+{
+    LimitWindow made = window("weekly_scoped", "weekly", percent, resetsAt);
+    if (!scope.empty())
+        made.scope = scope;
+    return made;
+}
 inline LimitWindow opus(double percent, std::optional<Instant> resetsAt)
 {
     return window("seven_day_opus", "weekly", percent, resetsAt);
@@ -56,6 +63,14 @@ inline Usage reading(std::vector<LimitWindow> windows, Instant at = morning)
     usage.windows = std::move(windows);
     usage.fetchedAt = at;
     return usage;
+}
+
+// What `usage` is compared with after `before` alone.
+inline std::vector<WindowStep> steps(const Usage& usage, const Usage& before)
+{
+    WindowAnchors anchors;
+    (void)canonicalized(before, anchors);
+    return canonicalized(usage, anchors).steps;
 }
 
 inline Account account(const std::string& id = "k3f9qz", const std::string& name = "Work")

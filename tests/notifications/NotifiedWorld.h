@@ -49,10 +49,12 @@ inline Preferences everythingButForecasts()
     return preferences;
 }
 
-// A manager, a clock that stands where the last reading put it, and what the desktop was given.
+// A manager, a clock that stands where the last reading put it or besides, and what the desktop was
+// given.
 struct NotifiedWorld {
     ScopedZone zone{"UTC"};
     Instant now = morning;
+    seconds ahead{}; // of the reading's own time
     Told told;
     Told titles;
     Preferences preferences = everythingButForecasts();
@@ -72,7 +74,7 @@ struct NotifiedWorld {
     Told observe(const Account& who, const Usage& usage,
                  std::optional<UsageSource> source = UsageSource::endpoint)
     {
-        now = usage.fetchedAt;
+        now = usage.fetchedAt + ahead;
         manager.observe(who, usage, source, preferences, history, interval);
         return taken();
     }

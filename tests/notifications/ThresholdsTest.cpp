@@ -52,7 +52,7 @@ std::vector<Fire> fires(const Usage& usage, const Usage& before,
                         const Preferences& preferences = allOn(),
                         const std::set<std::string>& alreadyFired = {})
 {
-    return Thresholds::newlyFired(id, usage, &before, preferences, alreadyFired);
+    return Thresholds::newlyFired(id, steps(usage, before), preferences, alreadyFired);
 }
 
 std::vector<std::string> keys(const std::vector<Fire>& all)
@@ -112,11 +112,10 @@ TEST(Thresholds, aLevelIsCrossedWhenItLayAboveAndDoesNotAnyMore)
     }
 }
 
-TEST(Thresholds, theFirstReadingOfAnAccountCrossesNothing)
+TEST(Thresholds, aWindowThatWasNotThereBeforeCrossesFromZero)
 {
     const Usage full = reading({session(100, later), weekly(100, later)});
-    EXPECT_TRUE(Thresholds::newlyFired(id, full, nullptr, allOn(), {}).empty());
-    EXPECT_EQ(fires(full, reading({})).size(), 6) << "but one with another window before does";
+    EXPECT_EQ(fires(full, reading({})).size(), 6);
 }
 
 TEST(Thresholds, aWindowWithoutAResetTimeCrossesNothing)
@@ -141,10 +140,8 @@ TEST(Thresholds, ofAnotherPeriodTheReadingBeforeCountsAsZero)
 
 TEST(Thresholds, eachWeeklyWindowCrossesByItselfAndTheSessionFirst)
 {
-    LimitWindow scoped = window("weekly_scoped", "weekly", 55, later);
-    scoped.scope = "Desktop";
-    const Usage usage = reading({weekly(92, later), session(91, later), opus(100, later), scoped,
-                                 window("unknown", "", 50, later)});
+    const Usage usage = reading({weekly(92, later), session(91, later), opus(100, later),
+                                 scoped("Desktop", 55, later), window("unknown", "", 50, later)});
     const auto found = fires(usage, reading({opus(95, later), session(0, later)}));
     const Keys expected = {
         "thr-session50|k3f9qz|session|1772447400",
@@ -168,6 +165,21 @@ TEST(Thresholds, theSessionIsTheFirstOfItsKindAndItsFamilyIsNotItsGroup)
         reading({window("burst", "session", 60, later), session(10, later), session(60, later)}),
         reading({session(0, later)}));
     EXPECT_EQ(keys(found), Keys{"thr-weekly50|k3f9qz|burst|1772447400"});
+}
+
+// Each has a key of its own, even where their reset times are the same.
+TEST(Thresholds, twoWindowsOfOneKindCrossEachByItself)
+{
+    const Usage before = reading({scoped("Opus", 40, later), scoped("Sonnet", 95, later)});
+    const Usage now = reading({scoped("Sonnet", 100, later), scoped("Opus", 60, later)});
+    const auto found = fires(now, before);
+    EXPECT_EQ(keys(found), (Keys{"thr-weekly50|k3f9qz|weekly_scoped/Opus|1772447400",
+                                 "thr-weeklyLimit|k3f9qz|weekly_scoped/Sonnet|1772447400"}));
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0].windowKind, "weekly_scoped/Opus");
+    EXPECT_EQ(found[0].windowTitle, "Weekly (Opus)");
+    EXPECT_EQ(found[1].windowKind, "weekly_scoped/Sonnet");
+    EXPECT_TRUE(Thresholds::subsumedKeys(found).empty());
 }
 
 TEST(Thresholds, whatHasFiredInThisPeriodDoesNotFireAgain)
@@ -297,9 +309,8 @@ TEST(Thresholds, resetTimesAtTheEndsOfTheCalendarHaveKeysAndWords)
 TEST(Thresholds, namesWithMarkupLineFeedsAndBarsAreTakenAsTheyStand)
 {
     const std::string kind = "<b>a|b</b>\n";
-    const auto found =
-        Thresholds::newlyFired("i|d", reading({window(kind, "weekly", 60, later)}),
-                               std::addressof(static_cast<const Usage&>(Usage{})), allOn(), {});
+    const auto found = Thresholds::newlyFired(
+        "i|d", steps(reading({window(kind, "weekly", 60, later)}), {}), allOn(), {});
     ASSERT_EQ(keys(found), Keys{"thr-weekly50|i|d|<b>a|b</b>\n|1772447400"});
     EXPECT_EQ(Thresholds::body(found[0], "<i>Ada</i>\n& Co", morning),
               "<i>Ada</i>\n& Co · <b>a|b</b>\n usage crossed 50% (now 60%)");

@@ -50,14 +50,15 @@ TEST(WindowAnchors, aWindowWithAResetTimeRollsOverWhenItIsMoreThanThreeHundredSe
         // Neither what the clock says counts then, nor the percent.
         for (const double now : {-3600.0, 0.0, 60.0}) {
             const Usage usage = reading({session(90, after(later))}, after(now));
-            EXPECT_EQ(found({{"session", {morning, "session"}}}, usage).size(), isRollover ? 1 : 0);
+            EXPECT_EQ(found({{{"session"}, {morning, "session"}}}, usage).size(),
+                      isRollover ? 1 : 0);
         }
     }
 }
 
 TEST(WindowAnchors, aWindowWithoutAResetTimeOrGoneRollsOverAtItsAnchor)
 {
-    const WindowAnchors anchors = {{"session", {morning, "session"}}};
+    const WindowAnchors anchors = {{{"session"}, {morning, "session"}}};
     const std::pair<double, bool> rows[] = {{-1, false}, {-tick, false}, {0, true}, {tick, true}};
     for (const auto& [now, isRollover] : rows) {
         SCOPED_TRACE(now);
@@ -70,12 +71,11 @@ TEST(WindowAnchors, aWindowWithoutAResetTimeOrGoneRollsOverAtItsAnchor)
 
 TEST(WindowAnchors, aRolloverTellsTheResetThatHasPassed)
 {
-    const WindowAnchors anchors = {{"weekly_scoped", {after(0.75), "weekly"}}};
-    LimitWindow scoped = window("weekly_scoped", "weekly", 0, after(week));
-    scoped.scope = "Opus";
-    const Rollover expected{"weekly_scoped", "Weekly (Opus)", resetKey("weekly_scoped", morning),
-                            after(0.75), false};
-    EXPECT_EQ(found(anchors, reading({scoped}, after(60))), std::vector{expected});
+    const WindowAnchors anchors = {{{"weekly_scoped"}, {after(0.75), "weekly"}}};
+    const Rollover expected{
+        {"weekly_scoped"}, "Weekly (Opus)", resetKey("weekly_scoped", morning), after(0.75), false};
+    EXPECT_EQ(found(anchors, reading({scoped("Opus", 0, after(week))}, after(60))),
+              std::vector{expected});
 
     Rollover withoutScope = expected;
     withoutScope.title = "Weekly (scoped)";
@@ -88,7 +88,7 @@ TEST(WindowAnchors, aRolloverIsStaleWhenItsResetPassedLongerAgoThanTheGrace)
                                             {900, false},    {900 + tick, true}, {1200, true}};
     for (const auto& [now, isStale] : rows) {
         SCOPED_TRACE(now);
-        const auto all = found({{"session", {morning, "session"}}},
+        const auto all = found({{{"session"}, {morning, "session"}}},
                                reading({session(1, after(18000))}, after(now)));
         ASSERT_EQ(all.size(), 1);
         EXPECT_EQ(all[0].isStale, isStale);
@@ -99,23 +99,23 @@ TEST(WindowAnchors, rolloversComeInTheOrderOfTheirKinds)
 {
     WindowAnchors anchors;
     for (const char* kind : {"weekly_all", "session", "Zebra", "seven_day_opus", "a|b", ""})
-        anchors[kind] = {morning, "weekly"};
+        anchors[{kind}] = {morning, "weekly"};
     std::vector<std::string> kinds;
     for (const Rollover& rollover : found(anchors, reading({}, after(1))))
-        kinds.push_back(rollover.windowKind);
+        kinds.push_back(rollover.window.kind);
     EXPECT_EQ(kinds, (std::vector<std::string>{"", "Zebra", "a|b", "session", "seven_day_opus",
                                                "weekly_all"}));
 }
 
 TEST(WindowAnchors, oneResetIsFoundOnce)
 {
-    const WindowAnchors anchors = {{"session", {morning, "session"}},
-                                   {"weekly_all", {morning, "weekly"}}};
+    const WindowAnchors anchors = {{{"session"}, {morning, "session"}},
+                                   {{"weekly_all"}, {morning, "weekly"}}};
     const Usage usage = reading({}, after(60));
     const auto left =
         rollovers(id, usage, anchors, usage.fetchedAt, 900, {resetKey("session", morning)});
     ASSERT_EQ(left.size(), 1);
-    EXPECT_EQ(left[0].windowKind, "weekly_all");
+    EXPECT_EQ(left[0].window.kind, "weekly_all");
     const auto other = rollovers("other1", usage, anchors, usage.fetchedAt, 900,
                                  {resetKey("session", morning), resetKey("weekly_all", morning)});
     EXPECT_EQ(other.size(), 2) << "another account's";
@@ -123,14 +123,16 @@ TEST(WindowAnchors, oneResetIsFoundOnce)
 
 TEST(WindowAnchors, ofTwoWindowsOfOneKindTheFirstCounts)
 {
-    const WindowAnchors anchors = {{"unknown", {morning, ""}}};
+    const WindowAnchors anchors = {{{"unknown"}, {morning, ""}}};
     const auto first = window("unknown", "", 1, after(0));
     const auto second = window("unknown", "", 2, after(9000));
     EXPECT_TRUE(found(anchors, reading({first, second})).empty());
     EXPECT_EQ(found(anchors, reading({second, first})).size(), 1);
-    EXPECT_EQ(windowOf(reading({first, second}), "unknown")->percent, 1);
-    EXPECT_EQ(windowOf(reading({first}), "session"), nullptr);
-    EXPECT_EQ(windowOf(reading({}), ""), nullptr);
+    WindowAnchors known = anchors;
+    const CanonicalUsage canonical = canonicalized(reading({first, second, weekly(3, {})}), known);
+    EXPECT_EQ(canonical.usage, reading({first, weekly(3, {})})) << "the second is left out";
+    EXPECT_EQ(canonical.steps,
+              (std::vector<WindowStep>{{first, "unknown", 0}, {weekly(3, {}), "weekly_all", 0}}));
 }
 
 TEST(WindowAnchors, aWindowWithoutACadenceLosesItsAnchorWhenItRetires)
@@ -142,9 +144,9 @@ TEST(WindowAnchors, aWindowWithoutACadenceLosesItsAnchorWhenItRetires)
                                                           {"burst", "session"},
                                                           {"unknown", ""},
                                                           {"monthly", "monthly"}}) {
-        WindowAnchors anchors = {{kind, {morning, group}}, {"weekly_all", {morning, "weekly"}}};
-        retire({kind, "", "", morning, false}, anchors, after(60));
-        EXPECT_EQ(anchors, (WindowAnchors{{"weekly_all", {morning, "weekly"}}})) << kind;
+        WindowAnchors anchors = {{{kind}, {morning, group}}, {{"weekly_all"}, {morning, "weekly"}}};
+        retire({{kind}, "", "", morning, false}, anchors, after(60));
+        EXPECT_EQ(anchors, (WindowAnchors{{{"weekly_all"}, {morning, "weekly"}}})) << kind;
     }
 }
 
@@ -166,30 +168,30 @@ TEST(WindowAnchors, aWeeklyAnchorMovesToItsFirstCadencePointStrictlyAfterNow)
         SCOPED_TRACE(now);
         for (const auto& [kind, group] : std::vector<std::pair<std::string, std::string>>{
                  {"weekly_all", ""}, {"unknown", "weekly"}, {"seven_day_opus", "other"}}) {
-            WindowAnchors anchors = {{kind, {morning, group}}};
-            retire({kind, "", "", morning, false}, anchors, after(now));
-            EXPECT_EQ(anchors, (WindowAnchors{{kind, {after(moved), group}}}));
+            WindowAnchors anchors = {{{kind}, {morning, group, 40}}};
+            retire({{kind}, "", "", morning, false}, anchors, after(now));
+            EXPECT_EQ(anchors, (WindowAnchors{{{kind}, {after(moved), group, 0}}}));
         }
     }
 }
 
 TEST(WindowAnchors, retiringWithoutAnAnchorChangesNothing)
 {
-    WindowAnchors anchors = {{"weekly_all", {morning, "weekly"}}};
+    WindowAnchors anchors = {{{"weekly_all"}, {morning, "weekly"}}};
     const WindowAnchors before = anchors;
-    retire({"seven_day_opus", "", "", morning, false}, anchors, after(60));
+    retire({{"seven_day_opus"}, "", "", morning, false}, anchors, after(60));
     EXPECT_EQ(anchors, before);
 }
 
 TEST(WindowAnchors, anAnchorMovesOnFromTheFirstYearAndBackFromTheLast)
 {
     for (const Instant resetsAt : {yearOne, yearLast}) {
-        WindowAnchors anchors = {{"weekly_all", {resetsAt, "weekly"}}};
-        retire({"weekly_all", "", "", resetsAt, false}, anchors, morning);
-        const double ahead = secondsBetween(morning, anchors.at("weekly_all").resetsAt);
+        WindowAnchors anchors = {{{"weekly_all"}, {resetsAt, "weekly"}}};
+        retire({{"weekly_all"}, "", "", resetsAt, false}, anchors, morning);
+        const double ahead = secondsBetween(morning, anchors.at({"weekly_all"}).resetsAt);
         EXPECT_GT(ahead, 0);
         EXPECT_LE(ahead, week);
-        EXPECT_EQ((anchors.at("weekly_all").resetsAt - resetsAt) % std::chrono::days(7),
+        EXPECT_EQ((anchors.at({"weekly_all"}).resetsAt - resetsAt) % std::chrono::days(7),
                   std::chrono::microseconds(0));
     }
 }
@@ -206,28 +208,55 @@ TEST(WindowAnchors, aReportedResetNearTheAnchorIsTheAnchors)
 
 TEST(WindowAnchors, canonicalizingHoldsResetTimesSteadyAndLearnsNewOnes)
 {
-    WindowAnchors anchors = {{"session", {morning, "old group"}},
-                             {"weekly_all", {after(week), "weekly"}},
-                             {"gone", {morning, ""}}};
+    WindowAnchors anchors = {{{"session"}, {morning, "old group"}},
+                             {{"weekly_all"}, {after(week), "weekly"}},
+                             {{"gone"}, {morning, ""}}};
     Usage usage = reading({session(10, after(200)), weekly(20, after(week + 301)),
                            opus(30, after(77)), window("unknown", "", 40, {})},
                           after(-60));
     usage.extraUsage = ExtraUsage{};
     Usage expected = usage;
     expected.windows[0].resetsAt = morning;
-    EXPECT_EQ(canonicalized(usage, anchors), expected);
-    EXPECT_EQ(anchors, (WindowAnchors{{"session", {morning, "session"}},
-                                      {"weekly_all", {after(week + 301), "weekly"}},
-                                      {"seven_day_opus", {after(77), "weekly"}},
-                                      {"gone", {morning, ""}}}));
+    EXPECT_EQ(canonicalized(usage, anchors).usage, expected);
+    EXPECT_EQ(anchors, (WindowAnchors{{{"session"}, {morning, "session", 10}},
+                                      {{"weekly_all"}, {after(week + 301), "weekly", 20}},
+                                      {{"seven_day_opus"}, {after(77), "weekly", 30}},
+                                      {{"gone"}, {morning, ""}}}));
 }
 
 TEST(WindowAnchors, aWindowWithoutAResetTimeKeepsItsAnchor)
 {
-    WindowAnchors anchors = {{"session", {morning, "session"}}};
+    WindowAnchors anchors = {{{"session"}, {morning, "session"}}};
     const Usage usage = reading({session(10, {})});
-    EXPECT_EQ(canonicalized(usage, anchors), usage);
-    EXPECT_EQ(anchors, (WindowAnchors{{"session", {morning, "session"}}}));
+    EXPECT_EQ(canonicalized(usage, anchors).usage, usage);
+    EXPECT_EQ(anchors, (WindowAnchors{{{"session"}, {morning, "session"}}}));
+}
+
+TEST(WindowAnchors, aWindowKnownByItsKindThatComesBackCrossesFromZero)
+{
+    const auto priorAfter = [](const std::vector<LimitWindow>& between) {
+        WindowAnchors anchors;
+        (void)canonicalized(reading({session(40, morning)}), anchors);
+        (void)canonicalized(reading(between), anchors);
+        return canonicalized(reading({session(60, morning)}), anchors).steps.at(0).prior;
+    };
+    EXPECT_EQ(priorAfter({}), 0);
+    EXPECT_EQ(priorAfter({session(50, {})}), 0);
+    EXPECT_EQ(priorAfter({session(50, morning)}), 50);
+}
+
+TEST(WindowAnchors, aWindowKnownByItsScopeKeepsWhatItWasAndOnlySeedsAtFirst)
+{
+    WindowAnchors anchors;
+    const LimitWindow first = scoped("Opus", 40, morning);
+    const LimitWindow second = scoped("Sonnet", 60, after(9000));
+    EXPECT_EQ(canonicalized(reading({second, first}), anchors).steps,
+              (std::vector<WindowStep>{{second, "weekly_scoped/Sonnet", 60},
+                                       {first, "weekly_scoped/Opus", 40}}));
+    (void)canonicalized(reading({first}), anchors);
+    const LimitWindow now = scoped("Sonnet", 95, after(9000));
+    EXPECT_EQ(canonicalized(reading({now}), anchors).steps,
+              (std::vector<WindowStep>{{now, "weekly_scoped/Sonnet", 60}}));
 }
 
 // Each reading alone may move within the tolerance, but it must not drag the anchor along.
@@ -236,32 +265,28 @@ TEST(WindowAnchors, resetTimesThatCreepOnDoNotMoveTheAnchor)
     WindowAnchors anchors;
     (void)canonicalized(reading({session(1, morning)}), anchors);
     for (double creep = 100; creep <= 300; creep += 100) {
-        const Usage usage = canonicalized(reading({session(1, after(creep))}), anchors);
+        const Usage usage = canonicalized(reading({session(1, after(creep))}), anchors).usage;
         EXPECT_EQ(usage.windows[0].resetsAt, morning);
     }
-    EXPECT_EQ(canonicalized(reading({session(1, after(400))}), anchors).windows[0].resetsAt,
+    EXPECT_EQ(canonicalized(reading({session(1, after(400))}), anchors).usage.windows[0].resetsAt,
               after(400));
 }
 
-TEST(WindowAnchors, thePercentBeforeCountsOnlyForTheSamePeriodOfTheSameWindow)
+TEST(WindowAnchors, thePercentBeforeCountsOnlyForTheSamePeriod)
 {
-    const LimitWindow before = session(42, morning);
-    EXPECT_EQ(sameWindowPercent(nullptr, "session", morning), 0);
-    EXPECT_EQ(sameWindowPercent(&before, "weekly_all", morning), 0);
-    EXPECT_EQ(sameWindowPercent(&before, "", morning), 0);
-    const LimitWindow idle = session(42, {});
-    EXPECT_EQ(sameWindowPercent(&idle, "session", morning), 0);
+    const WindowAnchor before{morning, "session", 42};
+    EXPECT_EQ(sameWindowPercent(nullptr, morning), 0);
     const std::pair<double, double> rows[] = {{-301, 0}, {-300 - tick, 0}, {-300, 42}, {0, 42},
                                               {300, 42}, {300 + tick, 0},  {18000, 0}};
     for (const auto& [offset, percent] : rows)
-        EXPECT_EQ(sameWindowPercent(&before, "session", after(offset)), percent) << offset;
+        EXPECT_EQ(sameWindowPercent(&before, after(offset)), percent) << offset;
 }
 
 TEST(WindowAnchors, resetTimesAtTheEndsOfTheCalendarRollOverLikeOthers)
 {
     const auto rolls = [](Instant anchor, Instant reported) {
         const Usage usage = reading({weekly(1, reported)});
-        return found({{"weekly_all", {anchor, "weekly"}}}, usage);
+        return found({{{"weekly_all"}, {anchor, "weekly"}}}, usage);
     };
     EXPECT_TRUE(rolls(yearLast, yearOne).empty());
     const auto all = rolls(yearOne, yearLast);
@@ -275,7 +300,7 @@ TEST(WindowAnchors, aGraceThatIsNoNumberMakesNothingStaleAndAnInfiniteOneNeither
     for (const double grace :
          {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
         const auto all =
-            found({{"session", {morning, "session"}}}, reading({}, after(week)), grace);
+            found({{{"session"}, {morning, "session"}}}, reading({}, after(week)), grace);
         ASSERT_EQ(all.size(), 1);
         EXPECT_FALSE(all[0].isStale);
     }

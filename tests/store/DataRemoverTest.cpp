@@ -60,13 +60,6 @@ TEST(DataRemover, theTargetsAreTheTwoFoldersInThisOrder)
     EXPECT_EQ(DataRemover::targets("/data"), expected);
 }
 
-TEST(DataRemover, anOutcomeIsNamedByItsCase)
-{
-    EXPECT_EQ(DataRemover::rawValue(Outcome::removed), "removed");
-    EXPECT_EQ(DataRemover::rawValue(Outcome::absent), "absent");
-    EXPECT_EQ(DataRemover::rawValue(Outcome::failed), "failed");
-}
-
 TEST(DataRemover, bothFoldersGoWithAllThatIsInThemAndNothingElseDoes)
 {
     const test::TempFolder data;

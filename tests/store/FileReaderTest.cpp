@@ -19,6 +19,12 @@ namespace vellumor::fileReaderTest {
 
 namespace {
 
+SecretFileContents secretOf(const std::string& path)
+{
+    SecretBytes memory;
+    return readSecretFile(path, memory);
+}
+
 using namespace std::string_literals;
 
 // Both ways to read must judge alike.
@@ -29,7 +35,7 @@ void expectStatus(const std::string& path, ReadStatus status, int error)
     EXPECT_EQ(contents.status, status);
     EXPECT_EQ(contents.error, error);
     EXPECT_TRUE(contents.bytes.empty());
-    const SecretFileContents secret = readSecretFile(path);
+    const SecretFileContents secret = secretOf(path);
     EXPECT_EQ(secret.status, status);
     EXPECT_EQ(secret.error, error);
     EXPECT_TRUE(secret.bytes.view().empty());
@@ -67,7 +73,7 @@ TEST(FileReader, aWholeFileIsReadByteForByte)
         EXPECT_EQ(contents.status, ReadStatus::ok);
         EXPECT_EQ(contents.bytes, bytes);
         EXPECT_EQ(contents.error, 0);
-        const SecretFileContents secret = readSecretFile(path);
+        const SecretFileContents secret = secretOf(path);
         EXPECT_EQ(secret.status, ReadStatus::ok);
         EXPECT_EQ(secret.bytes.view(), bytes);
     }
@@ -141,7 +147,7 @@ TEST(FileReader, eightMebibytesAreReadAndOneByteMoreIsUnreadable)
     const test::TempFolder folder;
     const std::string path = sparseFile(folder, 8U * 1024 * 1024);
     EXPECT_EQ(readFile(path).bytes.size(), 8U * 1024 * 1024);
-    EXPECT_EQ(readSecretFile(path).bytes.view().size(), 8U * 1024 * 1024);
+    EXPECT_EQ(secretOf(path).bytes.view().size(), 8U * 1024 * 1024);
     expectStatus(sparseFile(folder, 8U * 1024 * 1024 + 1), ReadStatus::unreadable, EFBIG);
 }
 
@@ -161,8 +167,7 @@ TEST(FileReader, aNameInAnotherUnicodeCompositionFindsItsFile)
     folder.put("n\xC3\xA9.json", "composed");
     EXPECT_EQ(readFile(folder.file("jos\xC3\xA9/caf\xC3\xA9.json")).bytes, "decomposed");
     EXPECT_EQ(readFile(folder.file("ne\xCC\x81.json")).bytes, "composed");
-    EXPECT_EQ(readSecretFile(folder.file("jos\xC3\xA9/caf\xC3\xA9.json")).bytes.view(),
-              "decomposed");
+    EXPECT_EQ(secretOf(folder.file("jos\xC3\xA9/caf\xC3\xA9.json")).bytes.view(), "decomposed");
     EXPECT_EQ(readFile(folder.file("jos\xC3\xA9/caf\xC3\xA8.json")).status, ReadStatus::missing);
 }
 
@@ -176,7 +181,7 @@ TEST(FileReader, noFileIsLeftOpen)
         EXPECT_EQ(readFile(path).status, ReadStatus::ok);
         EXPECT_EQ(readFile(path, 1).status, ReadStatus::unreadable);
         EXPECT_EQ(readFile(folder.path()).status, ReadStatus::unreadable);
-        EXPECT_EQ(readSecretFile(path).status, ReadStatus::ok);
+        EXPECT_EQ(secretOf(path).status, ReadStatus::ok);
     }
     EXPECT_EQ(openFiles(), before);
 }

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
+#include <vector>
 
 namespace vellumor::onboardingStoreTest {
 
@@ -36,7 +38,7 @@ TEST(OnboardingStore, aFileThatIsMissingOrUnusableCountsAsNever)
         SCOPED_TRACE(bytes);
         const test::TempFolder folder;
         const FileStore files;
-        const OnboardingStore store(files, folder.put("onboarding.json", bytes));
+        const OnboardingStore store(files, folder.put("onboarding.json", bytes), runAtOnce);
         EXPECT_EQ(store.current().completedVersion, completedVersion);
         EXPECT_EQ(store.shouldShow({}), completedVersion == 0);
         EXPECT_EQ(test::contentsOf(folder.file("onboarding.json")),
@@ -48,7 +50,7 @@ TEST(OnboardingStore, loadingAMissingFileMakesNothing)
 {
     const test::TempFolder folder;
     const FileStore files;
-    const OnboardingStore store(files, folder.file("sub/onboarding.json"));
+    const OnboardingStore store(files, folder.file("sub/onboarding.json"), runAtOnce);
     EXPECT_EQ(store.current(), (OnboardingState{1, 0}));
     EXPECT_TRUE(store.shouldShow({}));
     EXPECT_TRUE(test::namesIn(folder.path()).empty());
@@ -60,12 +62,12 @@ TEST(OnboardingStore, aChangeIsWrittenAtOnceAndReplacesAFileOfANewerVersion)
     const FileStore files;
     const std::string path =
         folder.put("onboarding.json", R"({"schemaVersion":2,"completedVersion":5,"x":1})");
-    OnboardingStore store(files, path);
+    OnboardingStore store(files, path, runAtOnce);
     store.setCurrent({1, OnboardingState::currentVersion});
     EXPECT_EQ(store.current(), (OnboardingState{1, 1}));
     EXPECT_EQ(test::contentsOf(path), "{\n  \"completedVersion\": 1,\n  \"schemaVersion\": 1\n}");
     EXPECT_EQ(test::modeOf(path), 0600U);
-    EXPECT_EQ(OnboardingStore(files, path).current(), (OnboardingState{1, 1}));
+    EXPECT_EQ(OnboardingStore(files, path, runAtOnce).current(), (OnboardingState{1, 1}));
 }
 
 TEST(OnboardingStore, aFailedWriteKeepsTheStateInMemoryAndTheOldFile)
@@ -75,7 +77,7 @@ TEST(OnboardingStore, aFailedWriteKeepsTheStateInMemoryAndTheOldFile)
     const FileStore files(calls);
     const std::string bytes = R"({"schemaVersion":1,"completedVersion":0})";
     const std::string path = folder.put("onboarding.json", bytes);
-    OnboardingStore store(files, path);
+    OnboardingStore store(files, path, runAtOnce);
     calls.failNext(test::FailingFileCalls::Call::write, 1, ENOSPC);
     store.setCurrent({1, 1});
     EXPECT_FALSE(store.shouldShow({}));
@@ -93,15 +95,34 @@ TEST(OnboardingStore, theVariableDecidesBeforeTheFile)
                         {"SHOW", true, false}, {"1", true, false},     {"skip ", true, false}};
     const test::TempFolder folder;
     const FileStore files;
-    const OnboardingStore never(files, folder.file("missing.json"));
+    const OnboardingStore never(files, folder.file("missing.json"), runAtOnce);
     const OnboardingStore done(
-        files, folder.put("done.json", R"({"schemaVersion":1,"completedVersion":1})"));
+        files, folder.put("done.json", R"({"schemaVersion":1,"completedVersion":1})"), runAtOnce);
     for (const auto& [variable, isShownAtFirst, isShownAfterwards] : rows) {
         SCOPED_TRACE(variable);
         const Environment environment = {{"VELLUMOR_ONBOARDING", variable}};
         EXPECT_EQ(never.shouldShow(environment), isShownAtFirst);
         EXPECT_EQ(done.shouldShow(environment), isShownAfterwards);
     }
+}
+
+TEST(OnboardingStore, writingIsLeftToOthersAndEachOfThemWritesTheValueOfItsChange)
+{
+    const test::TempFolder folder;
+    const FileStore files;
+    const std::string path = folder.file("onboarding.json");
+    std::vector<std::function<void()>> jobs;
+    OnboardingStore store(files, path,
+                          [&](std::function<void()> job) { jobs.push_back(std::move(job)); });
+    store.setCurrent({1, 1});
+    store.setCurrent({1, 0});
+    EXPECT_TRUE(test::namesIn(folder.path()).empty());
+    EXPECT_EQ(store.current(), (OnboardingState{1, 0}));
+    ASSERT_EQ(jobs.size(), 2U);
+    jobs[0]();
+    EXPECT_EQ(OnboardingStore(files, path, runAtOnce).current(), (OnboardingState{1, 1}));
+    jobs[1]();
+    EXPECT_EQ(OnboardingStore(files, path, runAtOnce).current(), (OnboardingState{1, 0}));
 }
 
 } // namespace vellumor::onboardingStoreTest

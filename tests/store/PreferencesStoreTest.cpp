@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
+#include <vector>
 
 namespace vellumor::preferencesStoreTest {
 
@@ -13,7 +15,7 @@ TEST(PreferencesStore, aMissingFileIsTheDefaultsAndIsNotMade)
 {
     const test::TempFolder folder;
     const FileStore files;
-    const PreferencesStore store(files, folder.file("sub/preferences.json"));
+    const PreferencesStore store(files, folder.file("sub/preferences.json"), runAtOnce);
     EXPECT_EQ(store.current(), Preferences());
     EXPECT_EQ(store.fileURL(), folder.file("sub/preferences.json"));
     EXPECT_TRUE(test::namesIn(folder.path()).empty());
@@ -25,7 +27,7 @@ TEST(PreferencesStore, whatIsLoadedIsHeldToItsBounds)
     const FileStore files;
     const std::string bytes =
         R"({"userInterval":59,"sessionClosingLeadMinutes":121,"customThresholds":{"a":0,"b":100}})";
-    const PreferencesStore store(files, folder.put("preferences.json", bytes));
+    const PreferencesStore store(files, folder.put("preferences.json", bytes), runAtOnce);
     EXPECT_EQ(store.current().userInterval, 60);
     EXPECT_EQ(store.current().sessionClosingLeadMinutes, 120);
     EXPECT_EQ(store.current().customThresholds,
@@ -41,7 +43,7 @@ TEST(PreferencesStore, aFileThatIsBrokenOrNewerIsTheDefaultsUntilTheFirstChangeR
         const test::TempFolder folder;
         const FileStore files;
         const std::string path = folder.put("preferences.json", bytes);
-        PreferencesStore store(files, path);
+        PreferencesStore store(files, path, runAtOnce);
         EXPECT_EQ(store.current(), Preferences());
         EXPECT_EQ(test::contentsOf(path), bytes);
         Preferences changed = store.current();
@@ -56,7 +58,7 @@ TEST(PreferencesStore, savingClampsKeepsWritesAndGivesBack)
     const test::TempFolder folder;
     const FileStore files;
     const std::string path = folder.file("sub/preferences.json");
-    PreferencesStore store(files, path);
+    PreferencesStore store(files, path, runAtOnce);
     Preferences wished;
     wished.schemaVersion = 9;
     wished.userInterval = 1801;
@@ -72,7 +74,7 @@ TEST(PreferencesStore, savingClampsKeepsWritesAndGivesBack)
     EXPECT_EQ(store.current(), expected);
     EXPECT_EQ(test::contentsOf(path), expected.encode());
     EXPECT_EQ(test::modeOf(path), 0600U);
-    EXPECT_EQ(PreferencesStore(files, path).current(), expected);
+    EXPECT_EQ(PreferencesStore(files, path, runAtOnce).current(), expected);
 }
 
 TEST(PreferencesStore, aFailedWriteLeavesTheFileAndKeepsTheChangeInMemory)
@@ -81,7 +83,7 @@ TEST(PreferencesStore, aFailedWriteLeavesTheFileAndKeepsTheChangeInMemory)
     test::FailingFileCalls calls;
     const FileStore files(calls);
     const std::string path = folder.put("preferences.json", "{}");
-    PreferencesStore store(files, path);
+    PreferencesStore store(files, path, runAtOnce);
     Preferences changed;
     changed.localCacheOnly = true;
     calls.failNext(test::FailingFileCalls::Call::rename, 1, EROFS);
@@ -96,11 +98,34 @@ TEST(PreferencesStore, textThatCannotBeEncodedLeavesTheFileAsItWas)
     const test::TempFolder folder;
     const FileStore files;
     const std::string path = folder.put("preferences.json", "{}");
-    PreferencesStore store(files, path);
+    PreferencesStore store(files, path, runAtOnce);
     Preferences changed;
     changed.claudeBinaryPath = "/opt/\xFF";
     EXPECT_EQ(store.save(changed), changed);
     EXPECT_EQ(test::contentsOf(path), "{}");
+}
+
+TEST(PreferencesStore, writingIsLeftToOthersAndEachOfThemWritesTheValueOfItsChange)
+{
+    const test::TempFolder folder;
+    const FileStore files;
+    const std::string path = folder.file("preferences.json");
+    std::vector<std::function<void()>> jobs;
+    PreferencesStore store(files, path,
+                           [&](std::function<void()> job) { jobs.push_back(std::move(job)); });
+    Preferences first;
+    first.userInterval = 300;
+    Preferences second;
+    second.userInterval = 600;
+    store.save(first);
+    store.save(second);
+    EXPECT_TRUE(test::namesIn(folder.path()).empty());
+    EXPECT_EQ(store.current(), second);
+    ASSERT_EQ(jobs.size(), 2U);
+    jobs[0]();
+    EXPECT_EQ(test::contentsOf(path), first.encode());
+    jobs[1]();
+    EXPECT_EQ(test::contentsOf(path), second.encode());
 }
 
 } // namespace vellumor::preferencesStoreTest

@@ -107,7 +107,7 @@ TEST_F(LiveTelemetryRecorderTest, theDayIsMarkedAndThePeriodBegunBeforeAnythingI
     EXPECT_EQ(onDisk().counters, TelemetryCounters());
     EXPECT_TRUE(outlet.given.empty());
     // The program that ended here has told its day.
-    TelemetryStore restarted(files, clock, path);
+    TelemetryStore restarted(files, clock, path, runAtOnce);
     LiveTelemetryRecorder next(restarted, telemetry);
     EXPECT_FALSE(next.beginSpineIfDue(clock.now()));
 }

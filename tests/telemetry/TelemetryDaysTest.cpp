@@ -52,7 +52,7 @@ TEST_F(TelemetryDaysTest, aRestartIsNoWayAroundTheCaps)
     for (int i = 0; i < 50; ++i)
         recorder.capture(TelemetryEvent::switchToLocalOnly());
     for (int i = 0; i < 3; ++i) {
-        TelemetryStore restarted(files, clock, path);
+        TelemetryStore restarted(files, clock, path, runAtOnce);
         auto again = parts();
         again.config = [&] { return restarted.current(); };
         again.charge = [&](const Telemetry::ChangeCaps& change) {

@@ -26,7 +26,7 @@ struct TelemetryStoreTest : testing::Test {
 
 TEST_F(TelemetryStoreTest, aMissingFileIsWrittenAtOnce)
 {
-    const TelemetryStore store(files, clock, path);
+    const TelemetryStore store(files, clock, path, runAtOnce);
     EXPECT_EQ(store.fileURL(), path);
     EXPECT_EQ(onDisk(), store.current());
     EXPECT_EQ(store.current().installedAt, clock.now());
@@ -37,7 +37,7 @@ TEST_F(TelemetryStoreTest, aFileThatIsThereIsLeftAsItIs)
 {
     folder.put("Vellumor/telemetry.json", known);
     const auto before = test::stateOf(path);
-    const TelemetryStore store(files, clock, path);
+    const TelemetryStore store(files, clock, path, runAtOnce);
     EXPECT_EQ(store.current().installID, "inst_a");
     EXPECT_FALSE(store.current().diagnosticsEnabled);
     EXPECT_EQ(test::stateOf(path), before);
@@ -51,7 +51,7 @@ TEST_F(TelemetryStoreTest, aFileOfNoUseIsReplacedAtOnceByANewIdentityThatAllowsA
           R"({"schemaVersion":2,"installID":"inst_a","diagnosticsEnabled":0})"}) {
         SCOPED_TRACE(bytes);
         folder.put("Vellumor/telemetry.json", bytes);
-        const TelemetryStore store(files, clock, path);
+        const TelemetryStore store(files, clock, path, runAtOnce);
         EXPECT_TRUE(store.current().installID.starts_with("inst_"));
         EXPECT_NE(store.current().installID, "inst_a");
         EXPECT_TRUE(store.current().diagnosticsEnabled);
@@ -63,7 +63,7 @@ TEST_F(TelemetryStoreTest, anAbsurdInstallationDateIsKeptAsTheEndOfTime)
 {
     folder.put("Vellumor/telemetry.json",
                R"({"schemaVersion":2,"installID":"inst_a","installedAt":1e300})");
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     EXPECT_EQ(store.current().installID, "inst_a");
     EXPECT_EQ(store.current().installedAt, test::instant("9999-12-31T23:59:59Z"));
     store.noteServed("cli");
@@ -83,7 +83,7 @@ TEST_F(TelemetryStoreTest, loadingAloneWritesNothing)
 TEST_F(TelemetryStoreTest, eachChangeIsWrittenAtOnceInTheNewVersion)
 {
     folder.put("Vellumor/telemetry.json", known);
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     store.update([](TelemetryConfig& config) { config.counters.failures = 4; });
     EXPECT_EQ(onDisk().counters.failures, 4);
     EXPECT_EQ(onDisk().schemaVersion, 2);
@@ -98,7 +98,7 @@ TEST_F(TelemetryStoreTest, eachChangeIsWrittenAtOnceInTheNewVersion)
 
 TEST_F(TelemetryStoreTest, aLayerThatServesForTheFirstTimeStartsAtOne)
 {
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     store.noteServed("endpoint");
     EXPECT_EQ(onDisk().servedBy.at("endpoint"), 1);
     store.noteServed("endpoint");
@@ -110,7 +110,7 @@ TEST_F(TelemetryStoreTest, aLayerThatServesForTheFirstTimeStartsAtOne)
 
 TEST_F(TelemetryStoreTest, aCountEndsAtWhatItCanHold)
 {
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     constexpr int most = std::numeric_limits<int>::max();
     store.update([](TelemetryConfig& config) { config.servedBy["cli"] = most; });
     store.noteServed("cli");
@@ -119,9 +119,9 @@ TEST_F(TelemetryStoreTest, aCountEndsAtWhatItCanHold)
 
 TEST_F(TelemetryStoreTest, aWriteThatFailsIsDroppedAndLeavesTheOldFile)
 {
-    const TelemetryStore made(files, clock, path);
+    const TelemetryStore made(files, clock, path, runAtOnce);
     test::expectTheOldFileStays(path, [&](const FileStore& failing) {
-        TelemetryStore store(failing, clock, path);
+        TelemetryStore store(failing, clock, path, runAtOnce);
         store.noteServed("cli");
         EXPECT_EQ(store.current().servedBy.at("cli"), 1);
     });
@@ -129,7 +129,7 @@ TEST_F(TelemetryStoreTest, aWriteThatFailsIsDroppedAndLeavesTheOldFile)
 
 TEST_F(TelemetryStoreTest, whatCannotBeWrittenLeavesTheOldFile)
 {
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     const auto before = test::stateOf(path);
     store.noteServed("\xff");
     EXPECT_EQ(test::stateOf(path), before);
@@ -151,7 +151,7 @@ TEST_F(TelemetryStoreTest, writingIsHandedOnInOrder)
 
 TEST_F(TelemetryStoreTest, anotherIdentityIsSomebodyNewWithTheSameWishesAndCaps)
 {
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     store.update([](TelemetryConfig& config) {
         config.diagnosticsEnabled = config.productAnalyticsEnabled = false;
         config.multiAccountReached = true;
@@ -177,7 +177,7 @@ TEST_F(TelemetryStoreTest, anotherIdentityIsSomebodyNewWithTheSameWishesAndCaps)
 TEST_F(TelemetryStoreTest, belongsToOneThread)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    TelemetryStore store(files, clock, path);
+    TelemetryStore store(files, clock, path, runAtOnce);
     EXPECT_DEATH(std::thread([&] { store.noteServed("cli"); }).join(), "m_owner");
     EXPECT_DEATH(std::thread([&] { static_cast<void>(store.current()); }).join(), "m_owner");
 }

@@ -301,6 +301,23 @@ TEST(LabelPainter, withoutASlotTheProgramsOwnSymbolStandsThere)
     }
 }
 
+// Without a plugin that reads it the picture is as good as missing.
+TEST(LabelPainter, aSymbolThatCannotBeReadIsAGauge)
+{
+    for (const int scale : scales) {
+        const QImage gauge = LabelPainter::symbol(":/icons/no-such-picture", scale);
+        EXPECT_EQ(gauge.height(), 19 * scale);
+        EXPECT_EQ(gauge.devicePixelRatio(), scale);
+        EXPECT_TRUE(test::isBlack(gauge));
+        EXPECT_EQ(test::inked(gauge), QRect(0, 2 * scale, gauge.width(), 15 * scale));
+        for (const int bar : {0, 6, 12}) {
+            const int middle = bar * scale + 3 * scale / 2;
+            EXPECT_EQ(alphaAt(gauge, middle, 15 * scale), 255);
+            EXPECT_NEAR(alphaAt(gauge, middle, 3 * scale), alpha(0.3), 1);
+        }
+    }
+}
+
 TEST(LabelPainter, aLabelHasAPictureOfAllAndOneOfEachAtEveryScale)
 {
     const std::vector<Group> groups = {{slot(62.0), slot(41.0, false, true)}, {slot(5.0)}};

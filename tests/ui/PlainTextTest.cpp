@@ -162,8 +162,6 @@ TEST(PlainText, markupStaysText)
         EXPECT_EQ(text.sizeHint().width(), QFontMetrics(text.font()).horizontalAdvance(whole) + 1);
         EXPECT_EQ(tipAt(text, 20), "<span>" + whole.toHtmlEscaped() + "</span>");
         EXPECT_EQ(text.textFormat(), Qt::PlainText);
-        text.setHelp(whole);
-        EXPECT_EQ(tipAt(text, 4000), "<span>" + whole.toHtmlEscaped() + "</span>");
     }
 }
 
@@ -211,17 +209,6 @@ TEST(PlainText, itsHeightGrowsWithItsLines)
     EXPECT_FALSE(PlainText(nullptr).hasHeightForWidth());
     text.setPlainText("");
     EXPECT_EQ(text.heightForWidth(100), lineHeight(text));
-}
-
-TEST(PlainText, theHelpIsTheTooltipWhetherItIsCutOffOrNot)
-{
-    PlainText text(nullptr);
-    text.setPlainText(sentence);
-    text.setHelp("help");
-    EXPECT_EQ(tipAt(text, 100), "<span>help</span>");
-    EXPECT_EQ(tipAt(text, 4000), "<span>help</span>");
-    text.setHelp("");
-    EXPECT_EQ(tipAt(text, 4000), "");
 }
 
 TEST(PlainText, theColourIsTheOneSet)

@@ -295,6 +295,51 @@ TEST_F(PopoverTest, anAccountsHistoryTakesThePlaceOfTheListUntilBackIsPressed)
     EXPECT_TRUE(says("Updated just now"));
 }
 
+TEST_F(PopoverTest, aHistoryThatIsShownFollowsWhatItTells)
+{
+    add("ada");
+    rescan();
+    settle();
+    open();
+    press("History for ada");
+    applyTo("ada", read(UsageSource::endpoint));
+    clock.advance(seconds(1));
+    EXPECT_TRUE(says("Not enough history yet — collecting"));
+    UsageHistoryStore history(files, folders.vellumor() + "/history");
+    for (int minute = -600; minute < 0; minute += 2) {
+        const Instant at = clock.now() + std::chrono::minutes(minute);
+        history.append(test::reading(40, at), dirOf("ada"), at);
+    }
+    rescan();
+    settle();
+    clock.advance(seconds(1));
+    EXPECT_FALSE(says("Not enough history yet — collecting"));
+    state.rename(account("ada"), "Ada L.");
+    clock.advance(seconds(1));
+    EXPECT_TRUE(says("Ada L."));
+    EXPECT_FALSE(says("ada"));
+}
+
+TEST_F(PopoverTest, theHistoryOfAnAccountThatWentDoesNotComeBackByItself)
+{
+    addAll({"ada", "bob"});
+    rescan();
+    settle();
+    open();
+    press("History for ada");
+    const Account ada = account("ada");
+    state.remove(ada);
+    clock.advance(seconds(1));
+    EXPECT_FALSE(says("History"));
+    EXPECT_TRUE(says("bob"));
+    const Task<> restoring = state.restore(ada.configDir);
+    settle();
+    clock.advance(seconds(1));
+    EXPECT_FALSE(says("History"));
+    EXPECT_TRUE(says("ada"));
+    EXPECT_TRUE(says("bob"));
+}
+
 TEST_F(PopoverTest, anExportThatFailsIsToldAboveTheHistoryUntilItIsDismissed)
 {
     add("ada");

@@ -35,9 +35,10 @@ struct PortalSavePanelTest : test::BusTest {
     ~PortalSavePanelTest() override { delete panel; }
     void ask()
     {
-        panel->ask({"Export", "history.csv", "/home/ä"}, [this](End end, const QString& path) {
-            told.push_back({end, path.toStdString()});
-        });
+        panel->ask({"Export", "history.csv", "/home/ä", "CSV", "text/csv"},
+                   [this](End end, const QString& path) {
+                       told.push_back({end, path.toStdString()});
+                   });
     }
     void askUntilUnderstood(const test::FakeSavePortal& portal)
     {
@@ -63,6 +64,24 @@ TEST_F(PortalSavePanelTest, theQuestionNamesTheFileAndTheFolder)
     EXPECT_EQ(asked.options.value("current_name").toString(), "history.csv");
     EXPECT_EQ(asked.options.value("current_folder").toByteArray(), QByteArray("/home/ä\0", 9));
     EXPECT_TRUE(told.empty());
+}
+
+TEST_F(PortalSavePanelTest, theQuestionNamesTheKindOfFileByItsContent)
+{
+    const test::FakeSavePortal portal(server);
+    askUntilUnderstood(portal);
+    const auto filters = portal.asked.at(0).options.value("filters").value<QDBusArgument>();
+    QString kind, type;
+    uint by = 0;
+    filters.beginArray();
+    filters.beginStructure();
+    filters >> kind;
+    filters.beginArray();
+    filters.beginStructure();
+    filters >> by >> type;
+    EXPECT_EQ(kind, "CSV");
+    EXPECT_EQ(by, 1U); // by type, and not by a pattern of names
+    EXPECT_EQ(type, "text/csv");
 }
 
 TEST_F(PortalSavePanelTest, theFileThatTheUserHasChosenIsTold)

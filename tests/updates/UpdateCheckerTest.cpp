@@ -20,7 +20,7 @@ struct UpdateCheckerTest : testing::Test {
     test::TempFolder folder;
     FileStore files;
     std::string path = folder.file("updates.json");
-    UpdateStore store{files, path};
+    UpdateStore store{files, path, runAtOnce};
     test::FakeTransport transport;
     test::FakeClock clock;
     test::Maker maker;
@@ -128,7 +128,7 @@ TEST_F(UpdateCheckerTest, aFeedThatTakesAReleaseBackCountsAsSeenToo)
 TEST_F(UpdateCheckerTest, whatWasSeenIsRememberedBeyondTheRun)
 {
     checkRelease("1.2.5", 7);
-    UpdateStore next(files, path);
+    UpdateStore next(files, path, runAtOnce);
     EXPECT_EQ(next.current().serial, 7);
     UpdateChecker checker(transport, next, clock, settings);
     transport.answer = answered(200, maker.feedOf(release("1.2.4", 6)));

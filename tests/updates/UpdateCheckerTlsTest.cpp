@@ -29,7 +29,7 @@ const test::TestAuthority& authority()
 struct UpdateCheckerTlsTest : testing::Test {
     test::TempFolder folder;
     FileStore files;
-    UpdateStore store{files, folder.file("updates.json")};
+    UpdateStore store{files, folder.file("updates.json"), runAtOnce};
     test::FakeClock clock;
     test::Maker maker;
     QtHttpTransport::Options options;

@@ -17,7 +17,7 @@ using test::release;
 struct UpdateScheduleTest : testing::Test {
     test::TempFolder folder;
     FileStore files;
-    UpdateStore store{files, folder.file("updates.json")};
+    UpdateStore store{files, folder.file("updates.json"), runAtOnce};
     test::FakeTransport transport;
     test::FakeClock clock;
     test::Maker maker;
@@ -104,12 +104,12 @@ TEST_F(UpdateScheduleTest, theUsersWishIsKept)
     EXPECT_TRUE(schedule->isAutomatic());
     schedule->setAutomatic(false);
     EXPECT_FALSE(schedule->isAutomatic());
-    EXPECT_FALSE(UpdateStore(files, folder.file("updates.json")).current().automatic);
+    EXPECT_FALSE(UpdateStore(files, folder.file("updates.json"), runAtOnce).current().automatic);
     start();
     EXPECT_FALSE(schedule->isAutomatic());
     EXPECT_EQ(clock.pendingAlarms(), 0U);
     schedule->setAutomatic(true);
-    EXPECT_TRUE(UpdateStore(files, folder.file("updates.json")).current().automatic);
+    EXPECT_TRUE(UpdateStore(files, folder.file("updates.json"), runAtOnce).current().automatic);
     clock.advance(7min);
     EXPECT_EQ(asked(), 1U);
 }

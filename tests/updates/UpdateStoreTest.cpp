@@ -29,15 +29,15 @@ struct UpdateStoreTest : testing::Test {
 
 TEST_F(UpdateStoreTest, withoutAFileUpdatesAreLookedForAndNothingWasSeen)
 {
-    const UpdateStore store(files, path);
+    const UpdateStore store(files, path, runAtOnce);
     EXPECT_EQ(store.current(), (UpdateState{true, 0, std::nullopt}));
     EXPECT_TRUE(test::namesIn(folder.path()).empty());
 }
 
 TEST_F(UpdateStoreTest, whatWasSavedIsThereAgain)
 {
-    UpdateStore(files, path).save(example);
-    EXPECT_EQ(UpdateStore(files, path).current(), example);
+    UpdateStore(files, path, runAtOnce).save(example);
+    EXPECT_EQ(UpdateStore(files, path, runAtOnce).current(), example);
     EXPECT_EQ(test::modeOf(path), 0600U);
     EXPECT_EQ(UpdateState::decode(test::contentsOf(path)), example);
 }
@@ -46,7 +46,7 @@ TEST_F(UpdateStoreTest, whatHasNotChangedIsNotWritten)
 {
     const test::FailingFileCalls calls;
     const FileStore recorded(calls);
-    UpdateStore store(recorded, path);
+    UpdateStore store(recorded, path, runAtOnce);
     store.save(UpdateState());
     EXPECT_TRUE(calls.log().empty());
     store.save(example);
@@ -80,10 +80,10 @@ TEST_F(UpdateStoreTest, aBrokenFileCountsAsNoneAndIsReplacedByTheNextChange)
           R"({"schemaVersion":1,"automatic":false,"serial":1,"checkedAt":"yesterday"})"}) {
         SCOPED_TRACE(text);
         folder.put("Vellumor/updates.json", text);
-        UpdateStore store(files, path);
+        UpdateStore store(files, path, runAtOnce);
         EXPECT_EQ(store.current(), UpdateState());
         store.save(example);
-        EXPECT_EQ(UpdateStore(files, path).current(), example);
+        EXPECT_EQ(UpdateStore(files, path, runAtOnce).current(), example);
     }
 }
 
@@ -91,7 +91,7 @@ TEST_F(UpdateStoreTest, aFileOfANewerVersionIsNotUsedAndNotWrittenOver)
 {
     const std::string newer = R"({"schemaVersion":2,"automatic":false,"serial":9})";
     folder.put("Vellumor/updates.json", newer);
-    UpdateStore store(files, path);
+    UpdateStore store(files, path, runAtOnce);
     EXPECT_EQ(store.current(), UpdateState());
     store.save(example);
     EXPECT_EQ(store.current(), example);
@@ -103,7 +103,7 @@ TEST_F(UpdateStoreTest, aFullDiskCostsTheFileAndNotWhatIsKnown)
     test::FailingFileCalls calls;
     calls.failNext(test::FailingFileCalls::Call::write, 1, ENOSPC);
     const FileStore full(calls);
-    UpdateStore store(full, path);
+    UpdateStore store(full, path, runAtOnce);
     store.save(example);
     EXPECT_EQ(store.current(), example);
     EXPECT_EQ(test::contentsOf(path), "");

@@ -35,6 +35,17 @@ TEST(ApiBase, onlyAnAddressOnThisMachineIsTaken)
         {"http://", std::nullopt},
         {"http://128.0.0.1", std::nullopt},
         {"http://1.127.0.0", std::nullopt},
+        // other spellings of an address are told as the one that is asked
+        {"http://127.1", "http://127.0.0.1"},
+        {"http://0x7f.1", "http://127.0.0.1"},
+        {"http://017700000001", "http://127.0.0.1"},
+        {"http://127.000.000.010", "http://127.0.0.8"},
+        {"http://0127.0.0.1", std::nullopt}, // 87.0.0.1
+        // and these are names
+        {"http://127.0.0.008", std::nullopt},
+        {"http://127.08.0.1", std::nullopt},
+        {"http://127.0.0.1.", std::nullopt},
+        {"http://127.0.0.256", std::nullopt},
     };
     for (const auto& [text, expected] : rows) {
         SCOPED_TRACE(text);

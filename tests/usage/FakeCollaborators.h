@@ -57,7 +57,9 @@ public:
     Gate* writeGate = nullptr; // holds writeShared back
 
     std::vector<std::string> calls;
-    std::vector<std::string> details; // of what is written or run: what about, and when
+    std::vector<std::string> details;    // of what is written or run: what about, and when
+    std::vector<std::string> vscodeDirs; // whose status cache was read
+    std::vector<Account> asked;          // whose reading was asked of the endpoint
     std::vector<Instant> backoffs;
     std::vector<RateLimitEntry> entries;
     mutable int onlineReads = 0;
@@ -106,8 +108,9 @@ public:
         calls.emplace_back("saveSnapshot");
         co_return;
     }
-    Task<std::optional<VscodeStatusCache::Snapshot>> readVscode(std::string) override
+    Task<std::optional<VscodeStatusCache::Snapshot>> readVscode(std::string configDir) override
     {
+        vscodeDirs.push_back(std::move(configDir));
         calls.emplace_back("readVscode");
         auto copy = vscode;
         co_return copy;
@@ -130,8 +133,9 @@ public:
         entries.push_back(std::move(entry));
         co_return;
     }
-    Task<FetchResult> fetchUsage(Account) override
+    Task<FetchResult> fetchUsage(Account account) override
     {
+        asked.push_back(std::move(account));
         calls.emplace_back("fetchUsage");
         FetchResult result = results.front();
         if (results.size() > 1)

@@ -1,5 +1,6 @@
 #include "usage/HeadlessUsage.h"
 
+#include "store/SealableFileCalls.h"
 #include "support/FakeProcessRunner.h"
 #include "support/TempFolder.h"
 
@@ -18,8 +19,11 @@ struct HeadlessUsageTest : testing::Test {
     TempFolder folder;
     FakeProcessRunner processes;
     Worker worker;
+    SealableFileCalls calls;
+    FileStore files{calls};
     HeadlessUsage usage{processes,
                         worker,
+                        files,
                         {{{"HOME", "/home/me"},
                           {"LANG", "de_DE.UTF-8"},
                           {"VELLUMOR_API_BASE", "http://127.0.0.1:1"},
@@ -92,6 +96,14 @@ TEST_F(HeadlessUsageTest, worksInTheFolderAsItIsSpelledOnDisk)
     EXPECT_EQ(processes.requests.front().workingDirectory, decomposed + "/data/revive");
     EXPECT_EQ(test::modeOf(decomposed + "/data/revive"), 0700U);
     EXPECT_EQ(test::namesIn(folder.path()), std::vector<std::string>{"jose\u0301"});
+}
+
+// Whoever has all data deleted may do so while a revival is about to begin.
+TEST_F(HeadlessUsageTest, afterTheSealNoWorkFolderIsMade)
+{
+    calls.seal();
+    spawn("/home/me/.claude");
+    EXPECT_EQ(test::namesIn(folder.path()), std::vector<std::string>());
 }
 
 TEST_F(HeadlessUsageTest, severalMayRunAtATime)

@@ -138,6 +138,18 @@ TEST_F(LiveCollaboratorsTest, historyAnchorsAndRefusalsLandInTheirFiles)
     EXPECT_EQ(RateLimitLog::recentIn(folders.vellumor() + "/429-log.jsonl", 5).size(), 1U);
 }
 
+TEST_F(LiveCollaboratorsTest, theHistoryIsTrimmedByTheCallersTimeAndNotByThatOfTheReading)
+{
+    Usage old = reading();
+    old.fetchedAt -= std::chrono::hours(168) - std::chrono::seconds(1);
+    QCoro::waitFor(live.appendHistory(old, dir, clock.now()));
+    Usage late = reading();
+    late.fetchedAt -= std::chrono::hours(1);
+    QCoro::waitFor(live.appendHistory(late, dir, clock.now() + std::chrono::minutes(1)));
+    EXPECT_EQ(UsageHistoryStore::loadFrom(folders.vellumor() + "/history", dir),
+              UsageSamples{UsageSample::of(late)});
+}
+
 TEST_F(LiveCollaboratorsTest, theStatusCacheIsReadFromTheConfigDirectory)
 {
     EXPECT_EQ(QCoro::waitFor(live.readVscode(home.path())), std::nullopt);

@@ -3,7 +3,7 @@
 #include "base/Format.h"
 #include "base/Json.h"
 #include "support/FakeClock.h"
-#include "support/TempFolder.h"
+#include "support/FileState.h"
 
 #include <gtest/gtest.h>
 
@@ -144,6 +144,13 @@ TEST_F(RateLimitLogTest, aFileThatIsNotUtf8CountsAsEmpty)
     EXPECT_TRUE(log.recent(5).empty());
     log.record(fullEntry());
     EXPECT_EQ(log.recent(5).size(), 1U);
+}
+
+TEST_F(RateLimitLogTest, anEntryThatCannotBeWrittenLeavesTheOldFile)
+{
+    log.record(fullEntry());
+    test::expectTheOldFileStays(
+        path, [&](const FileStore& failing) { RateLimitLog(failing, path).record(fullEntry()); });
 }
 
 TEST_F(RateLimitLogTest, trimmingDropsFromTheFront)

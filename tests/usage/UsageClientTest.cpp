@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <thread>
 #include <vector>
 
@@ -45,6 +46,7 @@ struct UsageClientTest : testing::Test {
     Worker worker;
     FakeClock clock;
     std::optional<KeychainError> keychainError;
+    std::map<std::string, std::string> tokens; // by service; all others have the marker
     std::vector<std::string> servicesRead;
     std::thread::id readOn;
     UsageClient client{transport, worker, clock,
@@ -58,7 +60,9 @@ struct UsageClientTest : testing::Test {
         if (keychainError)
             return *keychainError;
         ClaudeCredentials credentials;
-        credentials.accessToken = Token(SecretBytes(marker));
+        const auto known = tokens.find(service);
+        credentials.accessToken =
+            Token(SecretBytes(known != tokens.end() ? known->second : std::string(marker)));
         return credentials;
     }
 
@@ -87,6 +91,20 @@ TEST_F(UsageClientTest, sendsTheTokenAndTheTwoHeadersToTheEndpoint)
     const std::vector<std::pair<std::string, std::string>> expected = {
         {"anthropic-beta", "oauth-2025-04-20"}, {"anthropic-version", "2023-06-01"}};
     EXPECT_EQ(transport.headers, expected);
+}
+
+TEST_F(UsageClientTest, accountsInFlightEachSendTheirOwnToken)
+{
+    tokens = {{"service of ada", "token-of-ada"}, {"service of ben", "token-of-ben"}};
+    Account ada;
+    ada.resolvedService = "service of ada";
+    Account ben;
+    ben.resolvedService = "service of ben";
+    auto first = client.fetch(ada);
+    auto second = client.fetch(ben);
+    QCoro::waitFor(std::move(first));
+    QCoro::waitFor(std::move(second));
+    EXPECT_EQ(transport.bearers, (std::vector<std::string>{"token-of-ada", "token-of-ben"}));
 }
 
 TEST_F(UsageClientTest, theCredentialIsReadOffTheMainThread)

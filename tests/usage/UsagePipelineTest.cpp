@@ -104,6 +104,18 @@ TEST_F(UsagePipelineTest, theFreshReadingIsGivenAsItIsAndNotMergedWithANewerStat
     EXPECT_EQ(fetch().usage, test::reading(10, now - seconds(30)));
 }
 
+TEST_F(UsagePipelineTest, aNewerBaseWithoutWindowsKeepsItsSource)
+{
+    others.online = false;
+    share(now - seconds(100));
+    others.shared[work].usage.windows.clear();
+    others.vscode = VscodeStatusCache::Snapshot{now - seconds(200), 30, 31, {}, {}};
+    const FetchOutcome outcome = fetch();
+    EXPECT_EQ(outcome.source, UsageSource::sharedCache);
+    EXPECT_EQ(outcome.usage.value().windows.size(), 2U); // the status cache's, all the same
+    EXPECT_EQ(outcome.usage->fetchedAt, now - seconds(200));
+}
+
 TEST_F(UsagePipelineTest, aFreshReadingOfAnOfflineMachineIsNotOffline)
 {
     others.online = false;
@@ -137,6 +149,16 @@ TEST_F(UsagePipelineTest, theFirstWaitIsCutToFifteenMinutesToo)
     auto asked = request();
     asked.effectiveInterval = 1800;
     EXPECT_EQ(fetch(asked).backoffUntil, now + seconds(900));
+}
+
+TEST_F(UsagePipelineTest, theSecondWaitIsTwiceTheFirstWhateverTheIntervalIsThen)
+{
+    others.results = {test::failure(Kind::rateLimited)};
+    auto asked = request();
+    asked.effectiveInterval = 60;
+    EXPECT_EQ(fetch(asked).backoffUntil, now + seconds(60));
+    clock.advance(seconds(60));
+    EXPECT_EQ(fetch().backoffUntil, now + seconds(60 + 120)); // and not 300
 }
 
 TEST_F(UsagePipelineTest, whatTheServerAsksForIsNotedAndDoesNotSetTheWait)
@@ -394,6 +416,16 @@ TEST_F(UsagePipelineTest, everythingIsWrittenForTheAccountAndTheMomentOfTheFetch
         (std::vector<std::string>{
             "revive" + began, "expiry " + work + " 1970-01-01T00:00:00.000Z", "shared" + read,
             "snapshot" + read, "history of 2026-03-29T12:00:02.000Z" + began, "anchors" + read}));
+}
+
+TEST_F(UsagePipelineTest, everyCallIsForTheAccountThatIsAskedFor)
+{
+    others.results = {test::failure(Kind::unauthorized), test::reading(40, now)};
+    auto asked = request(other);
+    asked.account.resolvedService = "example-service";
+    fetch(asked);
+    EXPECT_EQ(others.vscodeDirs, std::vector<std::string>{other});
+    EXPECT_EQ(others.asked, (std::vector<Account>{asked.account, asked.account}));
 }
 
 TEST_F(UsagePipelineTest, anAnswerEndsTheWaitBeforeAnythingIsWritten)

@@ -68,12 +68,15 @@ public:
     // Fetches the one whose turn it is.
     [[nodiscard]] Task<> refreshNext();
 
+    // From the user's interval and how many accounts may be polled now.
     void recomputeEffectiveInterval(Instant now);
+    // Until the outcome of that fetch is applied.
     void markReviving(const std::string& id);
     // Takes one outcome over; the account may be gone meanwhile.
     void apply(const FetchOutcome& outcome, const std::string& id);
 
-    // What the user does. Those that give a task scan anew.
+    // What the user does. Those that give a task scan anew. An account that is not there changes
+    // nothing.
     void setTracked(const std::string& id, bool tracked);
     void setPinned(const std::string& id, bool pinned);
     void rename(const Account& account, const std::string& name); // blank changes nothing
@@ -88,7 +91,7 @@ public:
     [[nodiscard]] Task<FolderState> examineFolder(std::string typed);
     void dismissNewAccounts();
     void setMenuBarMode(MenuBarMode mode);
-    void setUserInterval(double seconds);
+    void setUserInterval(double seconds); // held to 60 to 1800
     // Any other setting: `change` works on a copy, which is saved.
     void updatePreferences(const std::function<void(Preferences&)>& change);
 
@@ -105,8 +108,9 @@ public:
         return m_newAccountNames;
     }
     [[nodiscard]] std::optional<Instant> lastUpdated() const { return m_lastUpdated; }
+    // In seconds: between two requests for one account, as it works out; between two ticks; and as
+    // the user wants the first.
     [[nodiscard]] double effectiveInterval() const { return m_effectiveInterval; }
-    // Seconds between two ticks.
     [[nodiscard]] double slotInterval(Instant now) const;
     [[nodiscard]] double userInterval() const { return m_userInterval; }
     [[nodiscard]] MenuBarMode menuBarMode() const { return m_menuBarMode; }
@@ -126,8 +130,11 @@ public:
     {
         return m_parseFailStreak;
     }
+    // The tracked accounts that are not blocked: with a token that lives, and with one that Claude
+    // Code may renew.
     [[nodiscard]] std::vector<Account> pollableAccounts(Instant now) const;
     [[nodiscard]] std::vector<Account> revivableAccounts(Instant now) const;
+    // Of an account without a reading, or that is not there: false.
     [[nodiscard]] bool isStale(const std::string& id, Instant now) const;
     // The age of what is shown as a whole.
     [[nodiscard]] std::optional<Instant> dataUpdatedAt() const;

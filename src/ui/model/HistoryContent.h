@@ -16,7 +16,7 @@ struct HistoryChartContent {
     std::string kind;
     std::string title;
     std::vector<HistoryChart::Points> segments;
-    std::vector<double> resetTicks;
+    std::vector<double> resetTicks; // places along the span, 0 to 1
 
     bool operator==(const HistoryChartContent&) const = default;
 };
@@ -47,7 +47,7 @@ struct HistoryContent {
 
     std::string name;
     std::vector<HistoryChartContent> charts;
-    std::vector<double> dayBoundaries;
+    std::vector<double> dayBoundaries; // places along the span, 0 to 1
     std::vector<HistoryCoverage::Segment> strip;
     std::string coverage;
     std::vector<HistoryFactRow> facts;

@@ -5,7 +5,6 @@
 #include "ui/PlainText.h"
 #include "ui/PopoverMetrics.h"
 #include "ui/QuorleURL.h"
-#include "ui/Theme.h"
 #include "ui/settings/LinkLine.h"
 #include "ui/settings/SettingsMetrics.h"
 
@@ -116,7 +115,6 @@ void AboutTab::makeCrossPromo()
     line->setSpacing(step);
     auto* const link = new LinkButton(m_crossPromo);
     link->setText(QStringLiteral("Ostrelline"));
-    link->setColour(Theme::of(palette()).link);
     auto* const kind = new PlainText(m_crossPromo);
     kind->setPlainText(AboutContent::crossPromoKind);
     auto* const dismiss = new QPushButton(QStringLiteral("Don't show this again"), m_crossPromo);

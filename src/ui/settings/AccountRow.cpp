@@ -104,7 +104,6 @@ void AccountRow::makeControls()
     m_name->setPlaceholderText(QStringLiteral("Name"));
     m_status->setDimmed();
     m_more->setHelp("More actions");
-    m_more->setColour(palette().color(QPalette::WindowText));
 }
 
 void AccountRow::makeService()
@@ -158,13 +157,27 @@ void AccountRow::setContent(const AccountRowContent& content)
     showChecked(*m_tracked, content.isTracked);
     m_tracked->setAccessibleName(QString::fromStdString(content.trackHelp));
     setHelp(*m_tracked, QString::fromStdString(content.trackHelp));
-    setPin(content);
     setUnlessEdited(*m_service, content.service);
     m_serviceNote->setPlainText(content.serviceNote);
     // One that is being filled in stays.
     m_serviceBlock->setVisible(!content.serviceNote.empty() || m_service->hasFocus());
     fitServiceNote();
+    drawSymbols();
+}
+
+void AccountRow::drawSymbols()
+{
+    setPin(m_content);
     m_handle->setColour(Theme::of(palette()).dimmed);
+    m_more->setColour(palette().color(QPalette::WindowText));
+}
+
+// Of a change a widget learns before those in it do, so each row follows for itself.
+void AccountRow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        drawSymbols();
+    QWidget::changeEvent(event);
 }
 
 // The block is as wide as the row, also while it is hidden; the list above asks for no height that

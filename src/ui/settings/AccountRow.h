@@ -35,12 +35,14 @@ signals:
     void removalAsked();
 
 protected:
+    void changeEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void makeControls();
     void makeService();
     void showMenu();
+    void drawSymbols();
     void setPin(const AccountRowContent& content);
     void fitServiceNote();
 

@@ -132,15 +132,6 @@ void AccountRows::step(const std::string& id, int steps)
         moveTo(id, from + 2);
 }
 
-void AccountRows::changeEvent(QEvent* event)
-{
-    if (event->type() == QEvent::PaletteChange) {
-        for (const AccountRowContent& row : m_content)
-            m_rows.at(row.id)->setContent(row);
-    }
-    QWidget::changeEvent(event);
-}
-
 void AccountRows::setContent(const std::vector<AccountRowContent>& rows)
 {
     if (rows == m_content)

@@ -29,9 +29,6 @@ public:
 signals:
     void removalAsked(const std::string& id);
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
     [[nodiscard]] AccountRow* makeRow(const std::string& id);
     void connectDragging(AccountRow& row, const std::string& id);

@@ -6,7 +6,6 @@
 #include "ui/PlainText.h"
 #include "ui/PopoverMetrics.h"
 #include "ui/QuorleURL.h"
-#include "ui/Theme.h"
 #include "ui/settings/AccountRows.h"
 #include "ui/settings/ManualAddSheet.h"
 #include "ui/settings/NewClaudeAccountSheet.h"
@@ -92,7 +91,6 @@ QWidget* AccountsTab::makeEmpty()
     m_emptyText->setAlignment(Qt::AlignHCenter);
     m_guide = new LinkButton(empty);
     m_guide->setText(QStringLiteral("How to sign in to Claude Code"));
-    m_guide->setColour(Theme::of(palette()).link);
     connect(m_guide, &QAbstractButton::clicked, this,
             [this] { m_actions.openPage(QuorleURL::signInGuide); });
     column->addWidget(m_emptyTitle, 0, Qt::AlignHCenter);

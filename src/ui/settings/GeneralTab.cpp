@@ -4,7 +4,6 @@
 #include "base/PlatformWords.h"
 #include "ui/LinkButton.h"
 #include "ui/PlainText.h"
-#include "ui/Theme.h"
 #include "ui/settings/SettingsForm.h"
 #include "ui/settings/SettingsMetrics.h"
 #include "ui/settings/ShowChecked.h"
@@ -53,7 +52,6 @@ void GeneralTab::makeUpdates(SettingsForm& form, const SettingsActions& actions)
     m_check = new QPushButton(QStringLiteral("Check for Updates…"), this);
     m_download = new LinkButton(this);
     m_download->setText(QStringLiteral("Download"));
-    m_download->setColour(Theme::of(palette()).link);
     line->addWidget(m_check);
     line->addWidget(m_download);
     line->addStretch(1);

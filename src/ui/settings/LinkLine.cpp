@@ -1,7 +1,6 @@
 #include "ui/settings/LinkLine.h"
 
 #include "ui/LinkButton.h"
-#include "ui/Theme.h"
 #include "ui/settings/SettingsMetrics.h"
 
 #include <QHBoxLayout>
@@ -16,7 +15,6 @@ QHBoxLayout* linkLine(std::initializer_list<Link> links, const SettingsActions& 
     for (const Link& link : links) {
         auto* const button = new LinkButton(parent);
         button->setText(QString::fromUtf8(link.title));
-        button->setColour(Theme::of(parent->palette()).link);
         QObject::connect(button, &QAbstractButton::clicked, parent,
                          [open = actions.openPage, address = link.address] { open(address); });
         line->addWidget(button);

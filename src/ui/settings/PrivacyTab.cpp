@@ -9,7 +9,6 @@
 
 #include <QCheckBox>
 #include <QFontDatabase>
-#include <QHBoxLayout>
 #include <QPointer>
 #include <QPushButton>
 

@@ -9,8 +9,8 @@ namespace vellumor {
 
 namespace {
 
-constexpr int mostDecimalPlaces =
-    12; // no currency has more than 4; a hostile number must not fill the screen
+// No currency has more than 4; a hostile number must not fill the screen.
+constexpr int mostPrintedPlaces = 12;
 
 } // namespace
 
@@ -39,8 +39,9 @@ std::string ExtraUsage::currencySymbol() const
 
 std::string ExtraUsage::amountText(double minorUnits) const
 {
-    const int places = std::clamp(decimalPlaces.value_or(2), 0, mostDecimalPlaces);
-    return fmt::format("{:.{}f}", minorUnits / std::pow(10.0, places), places);
+    const int places = std::max(decimalPlaces.value_or(2), 0);
+    return fmt::format("{:.{}f}", minorUnits / std::pow(10.0, places),
+                       std::min(places, mostPrintedPlaces));
 }
 
 std::optional<std::string> ExtraUsage::creditsLine() const

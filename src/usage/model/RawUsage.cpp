@@ -3,6 +3,9 @@
 #include "base/Json.h"
 #include "base/StrictReader.h"
 
+#include <algorithm>
+#include <charconv>
+
 namespace vellumor {
 
 namespace {
@@ -55,7 +58,64 @@ std::optional<std::string> scopeName(const Json* scope)
     return nonEmpty(std::move(name));
 }
 
+constexpr std::string_view decimalDigits = "0123456789";
+
+// A number of JSON that no double can hold.
+bool isBeyondDouble(std::string_view number)
+{
+    double value = 0;
+    const char* const end = number.data() + number.size();
+    const auto [stop, problem] = std::from_chars(number.data(), end, value);
+    if (problem != std::errc::result_out_of_range || stop != end)
+        return false;
+    // "01", ".1" and "1." are numbers elsewhere.
+    number.remove_prefix(number.front() == '-' ? 1 : 0);
+    const auto fraction = number.find('.');
+    const bool isWholeGood = number.front() != '.' &&
+                             (number.front() != '0' || number.find_first_of(decimalDigits, 1) != 1);
+    return isWholeGood && (fraction == std::string_view::npos ||
+                           number.find_first_of(decimalDigits, fraction) == fraction + 1);
+}
+
+// Where the text ends that begins with the quote at `open`.
+std::size_t behindText(std::string_view bytes, std::size_t open)
+{
+    std::size_t at = open + 1;
+    while (at < bytes.size() && bytes[at] != '"')
+        at += bytes[at] == '\\' ? 2U : 1U;
+    return std::min(at + 1, bytes.size());
+}
+
+// The same bytes, with null for each number that no double can hold. They may not even be JSON.
+std::string withoutLargeNumbers(std::string_view bytes)
+{
+    std::string kept;
+    std::size_t end = 0;
+    for (std::size_t at = 0; at < bytes.size(); at = end) {
+        if (bytes[at] == '"') {
+            end = behindText(bytes, at);
+        } else if (bytes[at] == '-' || decimalDigits.find(bytes[at]) != std::string_view::npos) {
+            end = std::min(bytes.find_first_not_of("+-.0123456789Ee", at), bytes.size());
+            if (isBeyondDouble(bytes.substr(at, end - at))) {
+                kept += "null";
+                continue;
+            }
+        } else {
+            end = std::min(bytes.find_first_of("\"-0123456789", at), bytes.size());
+        }
+        kept += bytes.substr(at, end - at);
+    }
+    return kept;
+}
+
 } // namespace
+
+// The parser gives up at such a number, which hardly ever comes.
+std::optional<Json> RawUsage::parse(std::string_view bytes)
+{
+    auto json = parseJson(bytes);
+    return json ? std::move(json) : parseJson(withoutLargeNumbers(bytes));
+}
 
 std::vector<RawUsage::Limit> RawUsage::limits() const
 {

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vellumor {
@@ -27,6 +28,9 @@ public:
         std::optional<double> utilization;
         std::optional<std::string> resetsAt;
     };
+
+    // Like parseJson, but a number that no double can hold is null: it costs its own value alone.
+    [[nodiscard]] static std::optional<Json> parse(std::string_view bytes);
 
     // `json` is an object, borrowed, and outlives this.
     explicit RawUsage(const Json& json)

@@ -90,7 +90,7 @@ const LimitWindow* Usage::worstNonSession() const
 std::variant<Usage, Usage::DecodeError> Usage::decode(std::string_view bytes, Instant fetchedAt,
                                                       SuppressedKinds::Digests suppressed)
 {
-    const auto json = parseJson(bytes);
+    const auto json = RawUsage::parse(bytes);
     if (!json)
         return DecodeError{"the answer is not JSON that can be read"};
     if (!json->is_object())

@@ -146,5 +146,15 @@ TEST(AccountUsageState, theAgeIsThatOfTheOldestReadingThatDoesNotWaitForTheUser)
     EXPECT_EQ(DataAge::oldest({waiting, readAt(now)}), now);
 }
 
+TEST(AccountUsageState, whereEveryAccountWaitsForTheUserTheAgeIsThatOfAnyReading)
+{
+    AccountUsageState withoutToken;
+    withoutToken.lastError = failure(Kind::noService);
+    AccountUsageState signedOut = readAt(now - seconds(100));
+    signedOut.revival = RevivalStatus::needsSignIn;
+    EXPECT_EQ(DataAge::oldest({withoutToken, signedOut}), now - seconds(100));
+    EXPECT_EQ(DataAge::oldest({withoutToken, signedOut, readAt(now)}), now);
+}
+
 } // namespace
 } // namespace vellumor::accountUsageStateTest

@@ -178,6 +178,20 @@ TEST_F(AppStateReceiptsTest, aWeekThatAnotherProgramHasArchivedIsNotArchivedAgai
     EXPECT_EQ(writes(), 1);
 }
 
+// It moves by more than what makes two ends one.
+TEST_F(AppStateReceiptsTest, aWeekWhoseEndMovesBackAfterwardsIsNotArchivedAgain)
+{
+    addWatched("ada");
+    rescan();
+    passWeekEnd();
+    round();
+    const Instant archived = std::exchange(weekEnd, weekEnd - std::chrono::seconds(90));
+    learnAnchor("ada");
+    rescan();
+    round();
+    EXPECT_EQ(weekEnds("ada"), std::vector<Instant>{archived});
+}
+
 TEST_F(AppStateReceiptsTest, thoseOfAnAccountThatHasGoneGoAndThoseOfAHiddenOneStay)
 {
     for (const char* const name : {"ada", "ben", "cleo"}) {

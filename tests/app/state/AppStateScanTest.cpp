@@ -5,6 +5,7 @@
 #include "support/FileState.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace vellumor::appStateScanTest {
 namespace {
@@ -131,6 +132,28 @@ TEST_F(AppStateScanTest, theStepsComeInOrder)
     EXPECT_EQ(seen["Vellumor/usage-snapshots.json"], Seen(all, {false, false, false, true}));
     EXPECT_EQ(seen["Vellumor/reset-anchors.json"], Seen(all, {false, false, false, false}));
     EXPECT_EQ(kept("/gone"), nothing);
+}
+
+TEST_F(AppStateScanTest, newAccountsAreToldBeforeAnythingIsForgottenAndReceiptsGoLast)
+{
+    add("ada");
+    rescan();
+    state.updatePreferences([](Preferences& p) { p.notificationsEnabled = true; });
+    fill("/gone");
+    const std::string receipts = AccountFiles::path(folders.vellumor() + "/receipts", "/gone");
+    std::ofstream(receipts) << "{}";
+    add("ben");
+    std::map<std::string, std::pair<bool, bool>> seen; // by each file: was it told, are they there
+    disk.onWrite([&](const std::string& name) {
+        seen[name] = {!delivered.empty(), std::filesystem::exists(receipts)};
+    });
+    rescan();
+    disk.onWrite({});
+    EXPECT_EQ(delivered, Names{"New account discovered · ben"});
+    EXPECT_EQ(seen.at("Vellumor/accounts.json"), std::pair(false, true));
+    EXPECT_EQ(seen.at("Vellumor/usage-snapshots.json"), std::pair(true, true));
+    EXPECT_EQ(seen.at("Vellumor/reset-anchors.json"), std::pair(true, true));
+    EXPECT_FALSE(std::filesystem::exists(receipts));
 }
 
 TEST_F(AppStateScanTest, whatIsPublishedIsWhatIsLeft)

@@ -128,7 +128,7 @@ TEST_F(AppStateSettingsTest, aSettingIsSavedAndShownAsItWasKept)
     EXPECT_EQ(state.userInterval(), 60);
     EXPECT_EQ(state.effectiveInterval(), 180);
     EXPECT_EQ(state.preferences().userInterval, 60);
-    const PreferencesStore again(files, preferencesFile);
+    const PreferencesStore again(files, preferencesFile, runAtOnce);
     EXPECT_EQ(again.current().userInterval, 60);
     EXPECT_EQ(again.current().menuBarMode, MenuBarMode::numbers);
 }
@@ -137,7 +137,8 @@ TEST_F(AppStateSettingsTest, theModeThatItIsInWritesNothing)
 {
     state.setMenuBarMode(MenuBarMode::numbers);
     EXPECT_EQ(state.menuBarMode(), MenuBarMode::numbers);
-    EXPECT_EQ(PreferencesStore(files, preferencesFile).current().menuBarMode, MenuBarMode::numbers);
+    EXPECT_EQ(PreferencesStore(files, preferencesFile, runAtOnce).current().menuBarMode,
+              MenuBarMode::numbers);
     const auto before = test::stateOf(preferencesFile);
     state.setMenuBarMode(MenuBarMode::numbers);
     EXPECT_EQ(test::stateOf(preferencesFile), before);

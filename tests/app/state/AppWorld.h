@@ -6,6 +6,7 @@
 #include "base/Format.h"
 #include "support/FakeClock.h"
 #include "support/PassWorker.h"
+#include "support/RecordingTelemetry.h"
 #include "support/TempFolder.h"
 #include "usage/FakeCollaborators.h"
 
@@ -27,9 +28,9 @@ struct AppWorld {
     FileStore files{disk};
     Worker worker;
     SharedAccountsStore sharedAccounts{files, folders.quorle() + "/accounts.json"};
-    AccountStore store{files, sharedAccounts, clock, folders.vellumor() + "/accounts.json",
-                       home.path()};
-    PreferencesStore preferences{files, folders.vellumor() + "/preferences.json"};
+    AccountStore store{files,       sharedAccounts, clock, folders.vellumor() + "/accounts.json",
+                       home.path(), runAtOnce};
+    PreferencesStore preferences{files, folders.vellumor() + "/preferences.json", runAtOnce};
     FakeCollaborators others;
     UsagePipeline pipeline{others, clock};
     UsageStores stores{worker, files, folders};
@@ -45,14 +46,16 @@ struct AppWorld {
     Gate* identitiesGate = nullptr;
     Gate* folderGate = nullptr;
     std::vector<std::string> delivered; // bodies of notifications
+    std::vector<std::string> recorded;  // by the state, for the reports
+    RecordingTelemetry recorder{recorded};
     NotificationManager notifications{
         {[this](const std::string&, const std::string& body) { delivered.push_back(body); },
          [this] { return clock.now(); }, Format::isoWholeSeconds}};
     AppState state{{clock, store, preferences, [this] { return loadShared(); }, pipeline, stores,
                     heartbeat, [this](DiscoveryInputs inputs) { return scan(std::move(inputs)); },
                     [this](std::vector<std::string> dirs) { return existing(std::move(dirs)); },
-                    notifications,
-                    [this](std::string typed) { return examine(std::move(typed)); }}};
+                    notifications, [this](std::string typed) { return examine(std::move(typed)); },
+                    recorder}};
 
     AppWorld() { others.results = {reading(40, clock.now())}; }
 

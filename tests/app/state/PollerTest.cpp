@@ -106,6 +106,52 @@ TEST_F(PollerTest, aSleepEndsTheLoopAndATickUnderWayIsFinished)
     EXPECT_EQ(calls(), 2);
 }
 
+// A wake of which no sleep was told.
+TEST_F(PollerTest, aLoopThatRunsIsReplacedByOneRoundAndItsOwnTicks)
+{
+    add("ada");
+    rescan();
+    poller.startLoop(true);
+    settle();
+    pass(seconds(30));
+    ASSERT_EQ(calls(), 1);
+    poller.didWake();
+    settle();
+    EXPECT_EQ(calls(), 2);
+    for (int tick = 0; tick < 3; ++tick) {
+        pass(seconds(119));
+        EXPECT_EQ(calls(), 2 + tick);
+        pass(seconds(1));
+        EXPECT_EQ(calls(), 3 + tick);
+    }
+}
+
+TEST_F(PollerTest, aRoundOfALoopThatWasReplacedEndsWithoutMovingATick)
+{
+    add("ada");
+    rescan();
+    Gate slow;
+    others.gates = {&slow};
+    poller.startLoop(true);
+    settle();
+    poller.didWake();
+    settle();
+    ASSERT_EQ(calls(), 2);
+    ASSERT_EQ(ticksDone, 1);
+    pass(seconds(30));
+    slow.open();
+    settle();
+    EXPECT_EQ(ticksDone, 2);
+    pass(seconds(89));
+    EXPECT_EQ(calls(), 2);
+    pass(seconds(1));
+    EXPECT_EQ(calls(), 3);
+    pass(seconds(119));
+    EXPECT_EQ(calls(), 3);
+    pass(seconds(1));
+    EXPECT_EQ(calls(), 4);
+}
+
 TEST_F(PollerTest, aHealthyProgramScansOnceAnHour)
 {
     add("ada");
@@ -133,6 +179,60 @@ TEST_F(PollerTest, anAccountInTroubleIsLookedAtOnceAnInterval)
     clock.advance(milliseconds(1));
     waitFor(poller.tick(false));
     EXPECT_EQ(scans, before + 1);
+}
+
+TEST_F(PollerTest, ofTheErrorsOfALivingTokenThoseAreLookedAtThatAnotherTokenMayEnd)
+{
+    using Kind = UsageFetchError::Kind;
+    const struct {
+        std::optional<Kind> error;
+        bool isLookedAt;
+    } rows[] = {
+        {std::nullopt, false},      {Kind::keychain, true},   {Kind::noService, true},
+        {Kind::unauthorized, true}, {Kind::http, false},      {Kind::rateLimited, false},
+        {Kind::decode, false},      {Kind::transport, false}, {Kind::forbidden, false},
+    };
+    add("ada");
+    rescan();
+    for (const auto& [error, isLookedAt] : rows) {
+        SCOPED_TRACE(error ? test::failure(*error).description() : "none");
+        FetchOutcome outcome;
+        if (error)
+            outcome.error = test::failure(*error);
+        state.apply(outcome, id("ada"));
+        const int before = scans;
+        clock.advance(seconds(120));
+        waitFor(poller.tick(false));
+        EXPECT_EQ(scans, before + (isLookedAt ? 1 : 0));
+    }
+}
+
+TEST_F(PollerTest, anAccountThatIsNotTrackedIsNoTrouble)
+{
+    add("ada", TokenStatus::needsApproval);
+    rescan();
+    state.setTracked(id("ada"), false);
+    const int before = scans;
+    clock.advance(seconds(600));
+    waitFor(poller.tick(false));
+    EXPECT_EQ(scans, before);
+}
+
+TEST_F(PollerTest, aScanThatFailsIsNotRepeatedBeforeItsTime)
+{
+    add("ada", TokenStatus::needsApproval);
+    rescan();
+    found.scanFailed = true;
+    state.recomputeEffectiveInterval(clock.now());
+    int expected = scans;
+    for (int interval = 0; interval < 3; ++interval) {
+        clock.advance(milliseconds(119'999));
+        waitFor(poller.tick(false));
+        EXPECT_EQ(scans, expected);
+        clock.advance(milliseconds(1));
+        waitFor(poller.tick(false));
+        EXPECT_EQ(scans, ++expected);
+    }
 }
 
 TEST_F(PollerTest, aBlockedAccountIsNoTrouble)

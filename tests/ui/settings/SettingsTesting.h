@@ -21,7 +21,7 @@ struct SettingsTesting : AppStateTesting, FakeGeneralParts {
     std::string preferencesFile = folders.vellumor() + "/preferences.json";
     std::string accountsFile = folders.vellumor() + "/accounts.json";
     Recorder recorder;
-    TelemetryStore telemetryStore{files, clock, folders.vellumor() + "/telemetry.json"};
+    TelemetryStore telemetryStore{files, clock, folders.vellumor() + "/telemetry.json", runAtOnce};
     PrivacyModel privacy{telemetryStore, recorder, clock};
     FakeNotifications desktopNotifications;
     Names done; // beyond the window, in order: "copy text", "open address", "terminal", ...

@@ -1,5 +1,7 @@
 #include "ui/settings/SettingsWindow.h"
 
+#include "ui/DesktopPalette.h"
+#include "ui/Theme.h"
 #include "ui/settings/SettingsTesting.h"
 #include "ui/settings/TabBarButton.h"
 
@@ -55,6 +57,13 @@ struct SettingsWindowTest : test::SettingsTesting {
     {
         return qobject_cast<QComboBox*>(widget.parentWidget()) != nullptr ||
                qobject_cast<QSpinBox*>(widget.parentWidget()) != nullptr;
+    }
+    // The edges of what is drawn are mixed with their ground.
+    static bool isNear(const QColor& found, const QColor& expected)
+    {
+        return std::abs(found.red() - expected.red()) < 40 &&
+               std::abs(found.green() - expected.green()) < 40 &&
+               std::abs(found.blue() - expected.blue()) < 40;
     }
     [[nodiscard]] std::vector<QWidget*> controls() const
     {
@@ -270,6 +279,31 @@ TEST_F(SettingsWindowTest, labelsEndWhereTheirControlsBegin)
             EXPECT_EQ(leftOf(*each), edge);
         }
     }
+}
+
+TEST_F(SettingsWindowTest, whatIsDrawnFollowsTheDesktopsColours)
+{
+    const auto before = QApplication::palette();
+    fill();
+    const std::pair<SettingsTab, const char*> drawn[] = {{SettingsTab::about, "Ostrelline"},
+                                                         {SettingsTab::accounts, "More actions"}};
+    for (const auto& [tab, name] : drawn) {
+        QApplication::setPalette(before);
+        open(tab);
+        QApplication::setPalette(DesktopPalette::dark());
+        pass();
+        const QImage image = test::named<QAbstractButton>(*window, name).grab().toImage();
+        const QColor expected = tab == SettingsTab::about
+                                    ? Theme::of(DesktopPalette::dark()).link
+                                    : DesktopPalette::dark().color(QPalette::WindowText);
+        bool isThere = false;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                isThere = isThere || isNear(image.pixelColor(x, y), expected);
+        }
+        EXPECT_TRUE(isThere) << name;
+    }
+    QApplication::setPalette(before);
 }
 
 } // namespace

@@ -80,7 +80,9 @@ TEST(ExtraUsage, anAmountHasTheDecimalsOfItsCurrencyAndTwoWithoutAnyWord)
         {-1, 1250, "1250"},
         {-2147483647, 7, "7"},
         {12, 1, "0.000000000001"},
-        {1000, 1, "0.000000000001"},
+        {13, 5e12, "0.500000000000"},
+        {13, 1, "0.000000000000"},
+        {1000, 1, "0.000000000000"},
         {2, 123456789012, "1234567890.12"},
     };
     for (const auto& [places, minorUnits, text] : rows) {

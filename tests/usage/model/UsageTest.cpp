@@ -92,6 +92,33 @@ TEST(Usage, aPercentThatIsATextIsZeroAndTheRowLives)
     EXPECT_EQ(usage.windows[0].percent, 0);
 }
 
+TEST(Usage, aNumberThatNoDoubleHoldsCountsAsAbsentWhereverItStands)
+{
+    const Usage usage = decoded(R"({"x":1e999,"limits":[{"kind":"session","percent":-1.5E+400},
+        {"kind":"a \"1e999","percent":42.5,"severity":"1e999"},{"kind":1e309,"percent":7}],
+        "extra_usage":{"is_enabled":true,"used_credits":)" +
+                                std::string(400, '9') + R"(,"monthly_limit":5000}})");
+    ASSERT_EQ(kindsOf(usage.windows), (Kinds{"session", "a \"1e999", "unknown"}));
+    EXPECT_EQ(usage.windows[0].percent, 0);
+    EXPECT_EQ(usage.windows[1].percent, 42.5);
+    EXPECT_EQ(usage.windows[1].severity, "1e999");
+    EXPECT_EQ(usage.windows[2].percent, 7);
+    EXPECT_EQ(usage.extraUsage->usedCredits, std::nullopt);
+    EXPECT_EQ(usage.extraUsage->monthlyLimit, 5000);
+}
+
+TEST(Usage, aLargeNumberMakesNothingReadableThatIsNoJson)
+{
+    for (const char* bytes :
+         {"1e999", "[1e999]", R"({"x":01e999})", R"({"x":.1e999})", R"({"x":-.1e999})",
+          R"({"x":1.e999})", R"({"x":+1e999})", R"({"x":1e999)", R"({"x":1e999,})",
+          R"({"x":1e999-})", R"({"x":1e999true})", R"({"x":true1e999})", R"({"x":1e999,"y":")",
+          R"({"x":1e999,"y":"\)"}) {
+        SCOPED_TRACE(bytes);
+        EXPECT_TRUE(std::holds_alternative<Usage::DecodeError>(Usage::decode(bytes, now)));
+    }
+}
+
 TEST(Usage, aWindowIsActiveAsToldElseWhenItHasAReset)
 {
     struct Row {

@@ -26,8 +26,6 @@ public:
     // Who the watcher is; empty when there is none. Items come to it once they have faces.
     void setWatcher(const QString& owner);
 
-    [[nodiscard]] std::size_t count() const { return m_items.size(); }
-
 private:
     void resize(std::size_t count);
     void registerNext();

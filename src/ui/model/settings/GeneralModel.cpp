@@ -91,6 +91,7 @@ Task<> GeneralModel::removeAllData()
     if (!left.empty()) {
         m_content.removalError = fmt::format("Couldn't remove: {}{}", fmt::join(left, ", "),
                                              PlatformWords::deleteByHand);
+        co_await load(); // the login item may have gone
     }
     m_content.isRemoving = false;
     m_notice.announce();

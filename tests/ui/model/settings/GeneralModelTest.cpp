@@ -150,6 +150,16 @@ TEST_F(GeneralModelTest, whatCouldNotBeRemovedIsNamed)
     EXPECT_FALSE(content().isRemoving);
 }
 
+TEST_F(GeneralModelTest, aRemovalThatLeavesSomethingHasSwitchedTheLoginItemOffAllTheSame)
+{
+    isLaunched = true;
+    QCoro::waitFor(model().load());
+    left = {"Vellumor"};
+    isLaunched = false; // by the removal
+    QCoro::waitFor(model().removeAllData());
+    EXPECT_EQ(content().launchAtLogin, false);
+}
+
 TEST_F(GeneralModelTest, oneRemovalRunsAtATime)
 {
     test::Gate waiting;

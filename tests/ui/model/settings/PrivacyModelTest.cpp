@@ -19,7 +19,7 @@ struct PrivacyModelTest : testing::Test {
     test::TempFolder folder;
     FileStore files;
     test::FakeClock clock;
-    TelemetryStore store{files, clock, folder.file("telemetry.json")};
+    TelemetryStore store{files, clock, folder.file("telemetry.json"), runAtOnce};
     Recorder recorder;
     PrivacyModel model{store, recorder, clock};
     int changes = 0;

@@ -86,7 +86,7 @@ TEST_F(UsageContentTest, anIntervalThatIsNoneOfThemIsOfferedToo)
 TEST_F(UsageContentTest, anIntervalOfAnOlderFileIsShownInTheNote)
 {
     files.write(R"({"schemaVersion": 1, "userInterval": 90})", folders.vellumor() + "/older.json");
-    const PreferencesStore older{files, folders.vellumor() + "/older.json"};
+    const PreferencesStore older{files, folders.vellumor() + "/older.json", runAtOnce};
     add("ada");
     rescan();
     state.updatePreferences([&](Preferences& p) { p = older.current(); });
