@@ -1,6 +1,7 @@
 #include "accounts/SharedAccountsStore.h"
 
 #include "base/Json.h"
+#include "support/FailingFileCalls.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -68,6 +69,30 @@ TEST_F(SharedAccountsStoreTest, aNewerFileLoadsAsEmptyAndIsLeftByteForByte)
         EXPECT_EQ(store().save(mine), Outcome::refusedNewerSchema);
         EXPECT_NE(testing::internal::GetCapturedStderr(), "");
         EXPECT_EQ(test::contentsOf(path), bytes);
+    }
+}
+
+TEST_F(SharedAccountsStoreTest, aSaveThatIsOvertakenStandsOnTheLatestFile)
+{
+    put("{}");
+    const auto sibling = [&](int time) {
+        put(R"({"schemaVersion": 1, "accounts": {"/b": {"id": "i", "name": "n)" +
+            std::to_string(time) + R"("}}})");
+    };
+    const std::pair<int, Outcome> rows[] = {{1, Outcome::written}, {3, Outcome::lastWriterWins}};
+    for (const auto& [most, outcome] : rows) {
+        test::FailingFileCalls calls;
+        calls.onCreated([&, times = 0](const std::string&) mutable {
+            if (++times <= most)
+                sibling(times);
+        });
+        const FileStore overtaken(calls);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(SharedAccountsStore(overtaken, path).save(mine), outcome);
+        testing::internal::GetCapturedStderr();
+        EXPECT_EQ(calls.created().size(), static_cast<std::size_t>(most) + 1);
+        EXPECT_EQ(store().load().at("/b").name, "n" + std::to_string(most));
+        EXPECT_EQ(store().load().at("/a"), mine.at("/a"));
     }
 }
 

@@ -29,6 +29,8 @@ TEST_F(AppDelegateOnboardingTest, theFirstRunFlowComesAfterTheStartAndGoesWhenIt
     press(window, "Get Started");
     EXPECT_EQ(count("onboarding completed"), 1);
     EXPECT_EQ(count("onboarding_completed"), 1); // the event
+    EXPECT_LT(std::ranges::find(steps, "onboarding completed"),
+              std::ranges::find(steps, "onboarding_completed"));
     EXPECT_EQ(shownWindow("Welcome to Vellumor"), nullptr);
 }
 

@@ -121,6 +121,7 @@ TEST_F(DiagnosticsTest, theEndpointIsAskedOnceForEachLivingTokenAlone)
 {
     findings.accounts = {facts("/a", TokenStatus::readable), facts("/b", TokenStatus::expired),
                          facts("/c", TokenStatus::readable), facts("/d", TokenStatus::signedOut)};
+    findings.unmatched = {facts("", TokenStatus::readable)}; // of no account
     run();
     EXPECT_EQ(transport.calls, 2);
     EXPECT_TRUE(has("(skipped — token expired)"));
