@@ -64,6 +64,14 @@ bool exists(const std::string& path)
     return ::stat(spelled(path).c_str(), &status) == 0;
 }
 
+bool isProgram(const std::string& path)
+{
+    struct stat status {};
+    const bool isOnePath = path.starts_with('/') && path.find('\0') == std::string::npos;
+    return isOnePath && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           ::access(path.c_str(), X_OK) == 0;
+}
+
 bool isFolder(const std::string& path)
 {
     struct stat status {};

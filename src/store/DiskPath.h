@@ -21,6 +21,8 @@ namespace vellumor::DiskPath {
 
 [[nodiscard]] bool exists(const std::string& path);
 [[nodiscard]] bool isFolder(const std::string& path);
+// Whether it is an absolute path to a file that this user may run.
+[[nodiscard]] bool isProgram(const std::string& path);
 [[nodiscard]] FolderState folderState(const std::string& path);
 
 } // namespace vellumor::DiskPath

@@ -9,7 +9,7 @@ namespace vellumor {
 
 namespace {
 
-constexpr double edgeAlpha = 0.45; // at least 3 to 1 on both schemes
+constexpr double frameAlpha = 0.45; // at least 3 to 1 on both schemes
 constexpr double cornerRadius = 2.0;
 
 bool isIndicator(QStyle::PrimitiveElement element)
@@ -29,7 +29,7 @@ void IndicatorStyle::drawPrimitive(PrimitiveElement element, const QStyleOption*
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(
-        Contrast::blended(option->palette.color(QPalette::WindowText), window, edgeAlpha));
+        Contrast::blended(option->palette.color(QPalette::WindowText), window, frameAlpha));
     painter->setBrush(Qt::NoBrush);
     const QRectF edge = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
     const double radius =

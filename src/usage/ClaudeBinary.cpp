@@ -1,8 +1,5 @@
 #include "usage/ClaudeBinary.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
@@ -119,14 +116,6 @@ std::vector<std::string> globbedBundledPaths(const std::string& home)
 {
     return globbed(home + "/.vscode/extensions", "anthropic.claude-code-",
                    "/resources/native-binary/claude");
-}
-
-bool isExecutable(const std::string& path)
-{
-    struct stat status {};
-    const bool isOnePath = path.starts_with('/') && path.find('\0') == std::string::npos;
-    return isOnePath && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           ::access(path.c_str(), X_OK) == 0;
 }
 
 } // namespace vellumor::ClaudeBinary

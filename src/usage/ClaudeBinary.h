@@ -30,8 +30,4 @@ struct Hints {
 // What comes with the extension for VS Code, newest first. Lists a folder.
 [[nodiscard]] std::vector<std::string> globbedBundledPaths(const std::string& home);
 
-// An absolute path of a regular file that may be run: a shell may have answered with an alias or a
-// bare word. Looks at the disk.
-[[nodiscard]] bool isExecutable(const std::string& path);
-
 } // namespace vellumor::ClaudeBinary

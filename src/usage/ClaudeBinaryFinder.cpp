@@ -13,9 +13,10 @@ namespace {
 constexpr std::chrono::seconds shellTimeLimit{10};
 constexpr std::size_t outputLimit = std::size_t{64} * 1024; // a path, and what start-up files say
 
+// A shell may have answered with an alias or a bare word.
 std::optional<std::string> firstExecutable(const std::vector<std::string>& paths)
 {
-    const auto found = std::find_if(paths.begin(), paths.end(), ClaudeBinary::isExecutable);
+    const auto found = std::find_if(paths.begin(), paths.end(), DiskPath::isProgram);
     return found == paths.end() ? std::nullopt : std::optional(*found);
 }
 

@@ -1,5 +1,6 @@
 // The real program on a machine that goes to sleep, wakes up, and comes and goes on the network.
 
+#include "integration/FileEvents.h"
 #include "integration/Machine.h"
 #include "integration/ProgramWorld.h"
 #include "support/LoopbackServer.h"
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 namespace vellumor::sleepAndNetworkTest {
 namespace {
@@ -17,8 +19,17 @@ using test::ChildProcess;
 using test::LoopbackServer;
 using test::Machine;
 using test::ProgramWorld;
+using test::Reaction;
 using test::SeenRequest;
 using Network = Machine::Network;
+
+Answer readingOf(int percent)
+{
+    return {200,
+            {},
+            R"({"limits":[{"kind":"session","group":"session","percent":)" +
+                std::to_string(percent) + "}]}"};
+}
 
 // An endpoint that fails, so that nothing is cached: each round asks for each account.
 struct SleepAndNetworkTest : testing::Test {
@@ -26,7 +37,11 @@ struct SleepAndNetworkTest : testing::Test {
     ProgramWorld world;
     Machine machine{world.folder.makeFolder("machine")};
     Answer answer{500, {}, "{}"};
-    LoopbackServer server{[this](const SeenRequest&) { return answer; }};
+    std::optional<Reaction> ownAnswer; // what "a-token" gets instead
+    LoopbackServer server{[this](const SeenRequest& request) {
+        const bool isOwn = request.header("authorization") == "Bearer a-token";
+        return isOwn && ownAnswer ? *ownAnswer : Reaction(answer);
+    }};
 
     SleepAndNetworkTest() { prepare(world); }
 
@@ -66,6 +81,18 @@ struct SleepAndNetworkTest : testing::Test {
         machine.waitUntilHeardBy(program.pid());
     }
 
+    // No file of the folder for forty turns of the loop: every round is over.
+    static void waitUntilNobodyReads(const std::string& folder)
+    {
+        const test::FileEvents events({folder});
+        int turns = 0;
+        EXPECT_TRUE(ProgramWorld::waitUntil([&] {
+            if (turns < 40)
+                turns = events.take().opens.empty() ? turns + 1 : 0;
+            return turns == 40;
+        }));
+    }
+
     [[nodiscard]] std::size_t requests() const { return server.requests().size(); }
     [[nodiscard]] std::size_t requestsOf(const std::string& token) const
     {
@@ -98,7 +125,7 @@ TEST_F(SleepAndNetworkTest, aWakeGivesOneFullRoundAtOnce)
 
 TEST_F(SleepAndNetworkTest, aWakeRenewsAReadingThatHasGrownOldInTheSleep)
 {
-    answer = {200, {}, R"({"limits":[{"kind":"session","group":"session","percent":62}]})"};
+    answer = readingOf(62);
     world.signIn(".claude", "a-token");
     const auto program = startOnMachine();
     for (std::size_t round = 1; round <= 3; ++round) {
@@ -161,6 +188,23 @@ TEST_F(SleepAndNetworkTest, aWakeWhileOfflineWaitsForTheNetwork)
     ASSERT_TRUE(waitForRequests(2));
     wake(*program);
     EXPECT_TRUE(waitForRequests(3));
+}
+
+TEST_F(SleepAndNetworkTest, aNetworkThatFlapsBringsNoRequestWhileTheReadingIsFresh)
+{
+    answer = readingOf(62);
+    world.signIn(".claude", "a-token");
+    const auto program = startOnMachine();
+    ASSERT_TRUE(ProgramWorld::waitUntil([this] { return !world.sharedReading().empty(); }));
+    for (int i = 0; i < 50; ++i) {
+        network(*program, Network::disconnected);
+        network(*program, Network::global);
+    }
+    waitUntilNobodyReads(world.home + "/.local/share/Quorle/usage-cache");
+    EXPECT_EQ(requests(), 1U);
+    world.makeSharedReadingOld();
+    wake(*program);
+    EXPECT_TRUE(waitForRequests(2));
 }
 
 TEST_F(SleepAndNetworkTest, aStartWithoutANetworkWaitsForIt)
@@ -226,6 +270,26 @@ TEST_F(LongSpellTest, asleepOrOfflineItAsksForNothing)
     ASSERT_TRUE(waitForOwnRequest(before));
     ASSERT_TRUE(waitForThreeTicks());
     EXPECT_GE(requestsOf("a-token"), before + 2) << "the ticks go on";
+}
+
+TEST_F(LongSpellTest, aSleepInAFetchTakesItsAnswerAndAsksNothingBeforeTheWake)
+{
+    ownAnswer = test::Drip{readingOf(62), 1, std::chrono::milliseconds(15)};
+    const auto watch = other.start();
+    const auto program = startOnMachine();
+    ASSERT_TRUE(waitForOwnRequest(0));
+    sleep(*program);
+    ASSERT_TRUE(world.sharedReading().empty()) << "the fetch is over already";
+    ASSERT_TRUE(ProgramWorld::waitUntil([this] { return !world.sharedReading().empty(); }));
+    ownAnswer = readingOf(70);
+    ASSERT_TRUE(waitForThreeTicks());
+    EXPECT_EQ(requestsOf("a-token"), 1U);
+    EXPECT_NE(world.sharedReading().find("\"percent\": 62"), std::string::npos);
+
+    wake(*program);
+    EXPECT_TRUE(ProgramWorld::waitUntil(
+        [this] { return world.sharedReading().find("\"percent\": 70") != std::string::npos; }));
+    EXPECT_EQ(requestsOf("a-token"), 2U);
 }
 
 TEST_F(SleepAndNetworkTest, aNetworkManagerThatHangsHoldsNobodyUp)

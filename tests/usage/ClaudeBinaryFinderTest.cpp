@@ -1,5 +1,6 @@
 #include "usage/ClaudeBinaryFinder.h"
 
+#include "store/DiskPath.h"
 #include "support/FakeProcessRunner.h"
 #include "support/TempFolder.h"
 #include "usage/ClaudeBinary.h"
@@ -61,7 +62,7 @@ struct ClaudeBinaryFinderTest : testing::Test {
 Path ofThisMachine()
 {
     for (const char* path : {"/opt/homebrew/bin/claude", "/usr/local/bin/claude"}) {
-        if (ClaudeBinary::isExecutable(path))
+        if (DiskPath::isProgram(path))
             return path;
     }
     return std::nullopt;

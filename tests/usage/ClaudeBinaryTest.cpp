@@ -1,5 +1,6 @@
 #include "usage/ClaudeBinary.h"
 
+#include "store/DiskPath.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -168,9 +169,9 @@ TEST_F(ClaudeBinaryOnDiskTest, aRegularFileThatMayBeRunIsExecutableAlsoThroughAL
 {
     const std::string program = putExecutable("claude");
     std::filesystem::create_symlink("claude", home.file("link"));
-    EXPECT_TRUE(ClaudeBinary::isExecutable(program));
-    EXPECT_TRUE(ClaudeBinary::isExecutable(home.file("link")));
-    EXPECT_TRUE(ClaudeBinary::isExecutable(putExecutable("a b/\u00E9 'x'\n$y/claude")));
+    EXPECT_TRUE(DiskPath::isProgram(program));
+    EXPECT_TRUE(DiskPath::isProgram(home.file("link")));
+    EXPECT_TRUE(DiskPath::isProgram(putExecutable("a b/\u00E9 'x'\n$y/claude")));
 }
 
 TEST_F(ClaudeBinaryOnDiskTest, nothingElseIsExecutable)
@@ -198,7 +199,7 @@ TEST_F(ClaudeBinaryOnDiskTest, nothingElseIsExecutable)
         "",
     };
     for (const std::string& path : rows)
-        EXPECT_FALSE(ClaudeBinary::isExecutable(path)) << path;
+        EXPECT_FALSE(DiskPath::isProgram(path)) << path;
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 #include "platform/linux/ChildLauncher.h"
 
+#include "store/DiskPath.h"
 #include "usage/ClaudeBinaryFinder.h"
 
 #include <QSocketNotifier>
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,20 +26,13 @@ namespace vellumor {
 
 namespace {
 
-bool canBeRun(const std::string& path)
-{
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           ::access(path.c_str(), X_OK) == 0;
-}
-
 // In the folders of `search`, of which relative ones do not count.
 std::optional<std::string> find(const std::string& name, std::string_view search)
 {
     while (!search.empty()) {
         const auto end = std::min(search.find(':'), search.size());
         const std::string path = std::string(search.substr(0, end)) + "/" + name;
-        if (path.starts_with('/') && canBeRun(path))
+        if (path.starts_with('/') && DiskPath::isProgram(path))
             return path;
         search.remove_prefix(std::min(end + 1, search.size()));
     }

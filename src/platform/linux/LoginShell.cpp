@@ -1,7 +1,8 @@
 #include "platform/linux/LoginShell.h"
 
+#include "store/DiskPath.h"
+
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,20 +15,13 @@ namespace {
 
 constexpr std::array<std::string_view, 5> knownShells = {"zsh", "bash", "ksh", "dash", "sh"};
 
-bool canBeRun(const std::string& path)
-{
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           ::access(path.c_str(), X_OK) == 0;
-}
-
 bool isUsable(const std::string& path)
 {
     if (!path.starts_with('/'))
         return false;
     const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
     return std::find(knownShells.begin(), knownShells.end(), name) != knownShells.end() &&
-           canBeRun(path);
+           DiskPath::isProgram(path);
 }
 
 std::string databaseEntry()

@@ -7,7 +7,6 @@
 #include "ui/model/settings/OnboardingContent.h"
 #include "ui/onboarding/OnboardingMetrics.h"
 #include "ui/settings/AccountRows.h"
-#include "ui/settings/RemovalQuestion.h"
 #include "ui/settings/SettingsMetrics.h"
 
 #include <QScrollArea>
@@ -28,18 +27,11 @@ AccountsStep::AccountsStep(AppState& appState)
     text->setPlainText(OnboardingContent::accountsText);
     text->setDimmed();
     text->fixWidth(onboardingWidth(font()));
-    m_rows = new AccountRows(appState, m_list);
-    m_list->setFrameShape(QFrame::NoFrame);
-    m_list->setFocusPolicy(Qt::NoFocus);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setWidgetResizable(true);
-    m_list->setWidget(m_rows);
+    m_rows = new AccountRows(appState, *m_list);
     column->addWidget(m_found);
     column->addWidget(text);
     column->addSpacing(SettingsMetrics::step);
     column->addWidget(m_list, 1);
-    connect(m_rows, &AccountRows::removalAsked, this,
-            [this](const std::string& id) { askForAccountRemoval(m_appState, id, this); });
 }
 
 void AccountsStep::refresh()

@@ -1,5 +1,6 @@
 #include "ui/onboarding/OnboardingView.h"
 
+#include "ui/CentredWindow.h"
 #include "ui/PlainText.h"
 #include "ui/onboarding/AccountsStep.h"
 #include "ui/onboarding/DisclosureStep.h"
@@ -10,7 +11,6 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QPushButton>
-#include <QScreen>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -41,7 +41,7 @@ OnboardingView::OnboardingView(AppState& appState, PrivacyModel& privacy,
     column->addWidget(m_pages, 1);
     column->addWidget(makeFooter());
     show(0);
-    centre();
+    centreOnScreen(*this);
 }
 
 QWidget* OnboardingView::makeStep(OnboardingStep step)
@@ -95,14 +95,6 @@ void OnboardingView::goOn()
         show(m_index + 1);
     else
         m_finish();
-}
-
-void OnboardingView::centre()
-{
-    adjustSize();
-    QRect place = frameGeometry();
-    place.moveCenter(screen()->availableGeometry().center());
-    move(place.topLeft());
 }
 
 void OnboardingView::bringToFront()

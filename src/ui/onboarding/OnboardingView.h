@@ -32,7 +32,6 @@ private:
     [[nodiscard]] QWidget* makeFooter();
     void show(std::size_t index);
     void goOn();
-    void centre();
 
     AppState& m_appState;
     PrivacyModel& m_privacy;

@@ -3,6 +3,7 @@
 #include "async/OrEnd.h"
 #include "ui/settings/AccountRow.h"
 #include "ui/settings/DragHandle.h"
+#include "ui/settings/RemovalQuestion.h"
 #include "ui/settings/TabOrder.h"
 
 #include <QFrame>
@@ -35,8 +36,8 @@ void discard(QWidget* row)
 
 } // namespace
 
-AccountRows::AccountRows(AppState& appState, QWidget* parent)
-    : QWidget(parent)
+AccountRows::AccountRows(AppState& appState, QScrollArea& list)
+    : QWidget(&list)
     , m_appState(appState)
     , m_column(new QVBoxLayout(this))
     , m_mark(new QFrame(this))
@@ -47,6 +48,11 @@ AccountRows::AccountRows(AppState& appState, QWidget* parent)
     m_mark->setAutoFillBackground(true);
     m_mark->setBackgroundRole(QPalette::Highlight);
     m_mark->hide();
+    list.setFrameShape(QFrame::NoFrame);
+    list.setFocusPolicy(Qt::NoFocus);
+    list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list.setWidgetResizable(true);
+    list.setWidget(this);
 }
 
 const Account* AccountRows::account(const std::string& id) const
@@ -78,7 +84,8 @@ AccountRow* AccountRows::makeRow(const std::string& id)
     connect(row, &AccountRow::serviceChanged, this, [this, id](const std::string& service) {
         [[maybe_unused]] const Task<> scan = orEnd(m_appState.setServiceOverride(id, service));
     });
-    connect(row, &AccountRow::removalAsked, this, [this, id] { emit removalAsked(id); });
+    connect(row, &AccountRow::removalAsked, this,
+            [this, id] { askForAccountRemoval(m_appState, id, window()); });
     connectDragging(*row, id);
     return row;
 }

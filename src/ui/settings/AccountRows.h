@@ -8,6 +8,7 @@
 #include <map>
 
 class QFrame;
+class QScrollArea;
 class QVBoxLayout;
 
 namespace vellumor {
@@ -19,15 +20,12 @@ class AccountRows final : public QWidget {
     Q_OBJECT
 
 public:
-    // `appState` outlives it.
-    AccountRows(AppState& appState, QWidget* parent);
+    // To be scrolled in `list`, which takes it over. `appState` outlives it.
+    AccountRows(AppState& appState, QScrollArea& list);
 
     void setContent(const std::vector<AccountRowContent>& rows);
     // Those of all rows, in the order of the Tab key.
     [[nodiscard]] std::vector<QWidget*> controls() const;
-
-signals:
-    void removalAsked(const std::string& id);
 
 private:
     [[nodiscard]] AccountRow* makeRow(const std::string& id);

@@ -9,7 +9,6 @@
 #include "ui/settings/AccountRows.h"
 #include "ui/settings/ManualAddSheet.h"
 #include "ui/settings/NewClaudeAccountSheet.h"
-#include "ui/settings/RemovalQuestion.h"
 #include "ui/settings/SettingsMetrics.h"
 #include "ui/settings/TabOrder.h"
 
@@ -47,12 +46,7 @@ AccountsTab::AccountsTab(AppState& appState, const SettingsActions& actions)
     auto* const column = columnOf(this);
     column->setSpacing(3 * step);
     column->addWidget(makeHeader());
-    m_rows = new AccountRows(appState, m_list);
-    m_list->setFrameShape(QFrame::NoFrame);
-    m_list->setFocusPolicy(Qt::NoFocus);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setWidgetResizable(true);
-    m_list->setWidget(m_rows);
+    m_rows = new AccountRows(appState, *m_list);
     column->addWidget(m_list);
     m_empty = makeEmpty();
     column->addWidget(m_empty);
@@ -60,8 +54,6 @@ AccountsTab::AccountsTab(AppState& appState, const SettingsActions& actions)
     m_hidden = makeHidden();
     column->addWidget(m_hidden);
     column->addStretch(1);
-    connect(m_rows, &AccountRows::removalAsked, this,
-            [this](const std::string& id) { askForAccountRemoval(m_appState, id, this); });
 }
 
 QWidget* AccountsTab::makeHeader()

@@ -1,4 +1,5 @@
 #include "ui/settings/SettingsWindow.h"
+#include "ui/CentredWindow.h"
 
 #include "ui/settings/AboutTab.h"
 #include "ui/settings/AccountsTab.h"
@@ -14,7 +15,6 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QIcon>
-#include <QScreen>
 #include <QVBoxLayout>
 
 namespace vellumor {
@@ -56,15 +56,7 @@ SettingsWindow::SettingsWindow(Parts parts)
     for (const auto& [tab, made] : m_tabs)
         column->addWidget(made.page);
     select(allSettingsTabs.front());
-    centre();
-}
-
-void SettingsWindow::centre()
-{
-    adjustSize();
-    QRect place = frameGeometry();
-    place.moveCenter(screen()->availableGeometry().center());
-    move(place.topLeft());
+    centreOnScreen(*this);
 }
 
 QWidget* SettingsWindow::makeTab(SettingsTab tab)

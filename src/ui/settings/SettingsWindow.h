@@ -39,7 +39,6 @@ public:
 
 private:
     [[nodiscard]] QWidget* makeTab(SettingsTab tab);
-    void centre();
 
     Parts m_parts;
     struct Tab {
