@@ -79,6 +79,10 @@ TEST_F(PortalSavePanelTest, theQuestionNamesTheKindOfFileByItsContent)
     filters.beginArray();
     filters.beginStructure();
     filters >> by >> type;
+    filters.endStructure();
+    filters.endArray();
+    filters.endStructure();
+    filters.endArray();
     EXPECT_EQ(kind, "CSV");
     EXPECT_EQ(by, 1U); // by type, and not by a pattern of names
     EXPECT_EQ(type, "text/csv");
