@@ -24,7 +24,7 @@ packages_exports=(xclip xdg-desktop-portal xdg-desktop-portal-gtk)
 packages_libreoffice=(libreoffice-calc-nogui)
 packages_test=(
     "${packages_exports[@]}" "${packages_world[@]}" "${packages_soak[@]}" "${packages_idle[@]}" "${packages_desktop[@]}" "${packages_panels[@]}"
-    libgtest-dev openssl python3-gi python3-dbus zsh man-db tmux systemd-journal-remote
+    libgtest-dev libbenchmark-dev openssl python3-gi python3-dbus zsh man-db tmux systemd-journal-remote
     clang-16 llvm-16 libclang-rt-16-dev clang-format clang-tidy-16 desktop-file-utils appstream
 )
 # The programs that it is measured beside.
