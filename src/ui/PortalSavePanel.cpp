@@ -34,48 +34,10 @@ QByteArray asPath(const QString& path)
 }
 
 // The kinds of file that a panel offers: on the bus a(sa(us)).
-struct Rule {
-    uint by = 0;
-    QString what;
-};
-struct Filter {
-    QString name;
-    QList<Rule> rules;
-};
+using Rule = QPair<uint, QString>;
+using Filter = QPair<QString, QList<Rule>>;
 using Filters = QList<Filter>;
 constexpr uint byType = 1; // and not by a pattern of names
-
-QDBusArgument& operator<<(QDBusArgument& argument, const Rule& rule)
-{
-    argument.beginStructure();
-    argument << rule.by << rule.what;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, Rule& rule)
-{
-    argument.beginStructure();
-    argument >> rule.by >> rule.what;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const Filter& filter)
-{
-    argument.beginStructure();
-    argument << filter.name << filter.rules;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, Filter& filter)
-{
-    argument.beginStructure();
-    argument >> filter.name >> filter.rules;
-    argument.endStructure();
-    return argument;
-}
 
 } // namespace
 

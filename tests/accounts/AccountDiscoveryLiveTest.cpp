@@ -165,6 +165,19 @@ TEST_F(AccountDiscoveryLiveTest, theDefaultDirectorysIdentityLiesBesideIt)
     EXPECT_EQ(found(), Names()); // the one inside exists, and decides
 }
 
+TEST_F(AccountDiscoveryLiveTest, anIdentityFileMayHoldYearsOfPrompts)
+{
+    const auto emailOf = [this](std::size_t mebibytes) {
+        home.put(".claude-work/.credentials.json", signIn);
+        home.put(".claude-work/.claude.json",
+                 R"({"history": ")" + std::string(mebibytes << 20U, 'x') +
+                     R"(", "oauthAccount": {"emailAddress": "ada@example.org"}})");
+        return scan().facts.at(0).email;
+    };
+    EXPECT_EQ(emailOf(31), "ada@example.org");
+    EXPECT_EQ(emailOf(32), std::nullopt); // and what is around it
+}
+
 TEST_F(AccountDiscoveryLiveTest, anEmptyObjectInTheFirstIdentityFileHidesTheSecond)
 {
     home.put(".claude-work/.config.json", "{}");

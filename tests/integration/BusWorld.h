@@ -45,14 +45,6 @@ struct BusWorld {
                     std::to_string(percent) + "}]}"};
     }
     [[nodiscard]] std::size_t requests() const { return server.requests().size(); }
-    [[nodiscard]] std::size_t requestsOf(const std::string& token) const
-    {
-        const auto& all = server.requests();
-        return static_cast<std::size_t>(
-            std::count_if(all.begin(), all.end(), [&](const SeenRequest& request) {
-                return request.header("authorization") == "Bearer " + token;
-            }));
-    }
     // All that it tells of its accounts, as dbus-send prints it; empty without an answer.
     [[nodiscard]] std::string shown() const
     {

@@ -93,7 +93,7 @@ TEST_F(RubbishTest, whateverStandsInThePlaceOfEachFileTheAccountThatIsWellIsFetc
         }));
     }
     const auto files = filesReadAtStart();
-    std::size_t asked = requestsOf("well-token");
+    std::size_t asked = server.requestsWith("well-token");
     for (const auto& [what, put] : rubbish) {
         SCOPED_TRACE(what);
         for (const std::string& file : files) {
@@ -105,8 +105,8 @@ TEST_F(RubbishTest, whateverStandsInThePlaceOfEachFileTheAccountThatIsWellIsFetc
         ++percent;
         const auto program = world.start(what);
         ASSERT_TRUE(waitUntilShown(std::to_string(percent) + "%")) << world.log(what);
-        EXPECT_EQ(requestsOf("well-token"), ++asked);
-        EXPECT_EQ(requestsOf("other-token"), 1U);
+        EXPECT_EQ(server.requestsWith("well-token"), ++asked);
+        EXPECT_EQ(server.requestsWith("other-token"), 1U);
         EXPECT_EQ(program->wait(0ms), std::nullopt);
     }
 }
@@ -148,7 +148,7 @@ TEST_F(HangingClaudeTest, theOtherAccountCanBeFetchedMeanwhileAndAfterTwoMinutes
     ASSERT_TRUE(waitUntilShown("70%"));
     EXPECT_FALSE(test::isGone(test::pidsIn(pids).front()));
     EXPECT_TRUE(ProgramWorld::waitUntil([this] { return test::areGone(test::pidsIn(pids)); }));
-    EXPECT_EQ(requestsOf("old-token"), 0U);
+    EXPECT_EQ(server.requestsWith("old-token"), 0U);
     EXPECT_EQ(program->wait(0ms), std::nullopt);
 }
 

@@ -73,11 +73,11 @@ TEST_F(LostKeyringTest, theOtherAccountGoesOnAndTheNextScanReadsTheKeyringAgain)
     percent = 70;
     ASSERT_TRUE(refresh());
     ASSERT_TRUE(waitUntilShown("70%"));
-    EXPECT_EQ(requestsOf("kept-token"), 0U);
+    EXPECT_EQ(server.requestsWith("kept-token"), 0U);
 
     keyring.reset();
     keyring.emplace(bus, items);
-    EXPECT_TRUE(ProgramWorld::waitUntil([this] { return requestsOf("kept-token") > 0; }));
+    EXPECT_TRUE(ProgramWorld::waitUntil([this] { return server.requestsWith("kept-token") > 0; }));
     EXPECT_TRUE(ProgramWorld::waitUntil([this] {
         return shown().find("\"noToken\"") == std::string::npos;
     })) << shown();

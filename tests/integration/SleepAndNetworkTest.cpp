@@ -94,14 +94,6 @@ struct SleepAndNetworkTest : testing::Test {
     }
 
     [[nodiscard]] std::size_t requests() const { return server.requests().size(); }
-    [[nodiscard]] std::size_t requestsOf(const std::string& token) const
-    {
-        const auto& all = server.requests();
-        return static_cast<std::size_t>(
-            std::count_if(all.begin(), all.end(), [&](const SeenRequest& request) {
-                return request.header("authorization") == "Bearer " + token;
-            }));
-    }
     [[nodiscard]] bool waitForRequests(std::size_t count) const
     {
         return ProgramWorld::waitUntil([&] { return requests() >= count; }) && requests() == count;
@@ -118,8 +110,8 @@ TEST_F(SleepAndNetworkTest, aWakeGivesOneFullRoundAtOnce)
         sleep(*program);
         wake(*program);
         ASSERT_TRUE(waitForRequests(2 * round));
-        EXPECT_EQ(requestsOf("first-token"), round);
-        EXPECT_EQ(requestsOf("second-token"), round);
+        EXPECT_EQ(server.requestsWith("first-token"), round);
+        EXPECT_EQ(server.requestsWith("second-token"), round);
     }
 }
 
@@ -239,12 +231,13 @@ struct LongSpellTest : SleepAndNetworkTest {
     // Ticks of two programs lie at most a fifth apart, so two at least are due in three of another.
     [[nodiscard]] bool waitForThreeTicks() const
     {
-        const std::size_t before = requestsOf("other-token");
-        return ProgramWorld::waitUntil([&] { return requestsOf("other-token") >= before + 3; });
+        const std::size_t before = server.requestsWith("other-token");
+        return ProgramWorld::waitUntil(
+            [&] { return server.requestsWith("other-token") >= before + 3; });
     }
     [[nodiscard]] bool waitForOwnRequest(std::size_t before) const
     {
-        return ProgramWorld::waitUntil([&] { return requestsOf("a-token") > before; });
+        return ProgramWorld::waitUntil([&] { return server.requestsWith("a-token") > before; });
     }
 };
 
@@ -253,23 +246,23 @@ TEST_F(LongSpellTest, asleepOrOfflineItAsksForNothing)
     const auto watch = other.start();
     const auto program = startOnMachine();
     sleep(*program);
-    std::size_t before = requestsOf("a-token");
+    std::size_t before = server.requestsWith("a-token");
     ASSERT_TRUE(waitForThreeTicks());
-    EXPECT_LE(requestsOf("a-token"), before + 1) << "asleep; one may have been under way";
+    EXPECT_LE(server.requestsWith("a-token"), before + 1) << "asleep; one may have been under way";
 
     wake(*program);
     ASSERT_TRUE(waitForOwnRequest(before));
     network(*program, Network::disconnected);
     wake(*program);
-    before = requestsOf("a-token");
+    before = server.requestsWith("a-token");
     ASSERT_TRUE(waitForThreeTicks());
-    EXPECT_LE(requestsOf("a-token"), before + 1) << "offline";
+    EXPECT_LE(server.requestsWith("a-token"), before + 1) << "offline";
 
-    before = requestsOf("a-token");
+    before = server.requestsWith("a-token");
     network(*program, Network::global);
     ASSERT_TRUE(waitForOwnRequest(before));
     ASSERT_TRUE(waitForThreeTicks());
-    EXPECT_GE(requestsOf("a-token"), before + 2) << "the ticks go on";
+    EXPECT_GE(server.requestsWith("a-token"), before + 2) << "the ticks go on";
 }
 
 TEST_F(LongSpellTest, aSleepInAFetchTakesItsAnswerAndAsksNothingBeforeTheWake)
@@ -283,13 +276,13 @@ TEST_F(LongSpellTest, aSleepInAFetchTakesItsAnswerAndAsksNothingBeforeTheWake)
     ASSERT_TRUE(ProgramWorld::waitUntil([this] { return !world.sharedReading().empty(); }));
     ownAnswer = readingOf(70);
     ASSERT_TRUE(waitForThreeTicks());
-    EXPECT_EQ(requestsOf("a-token"), 1U);
+    EXPECT_EQ(server.requestsWith("a-token"), 1U);
     EXPECT_NE(world.sharedReading().find("\"percent\": 62"), std::string::npos);
 
     wake(*program);
     EXPECT_TRUE(ProgramWorld::waitUntil(
         [this] { return world.sharedReading().find("\"percent\": 70") != std::string::npos; }));
-    EXPECT_EQ(requestsOf("a-token"), 2U);
+    EXPECT_EQ(server.requestsWith("a-token"), 2U);
 }
 
 TEST_F(SleepAndNetworkTest, aNetworkManagerThatHangsHoldsNobodyUp)

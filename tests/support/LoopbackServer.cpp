@@ -246,6 +246,14 @@ const std::vector<SeenRequest>& LoopbackServer::requests() const
     return m_acceptor->requests;
 }
 
+std::size_t LoopbackServer::requestsWith(const std::string& token) const
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(requests(), [bearer = "Bearer " + token](const SeenRequest& request) {
+            return request.header("authorization") == bearer;
+        }));
+}
+
 int LoopbackServer::connections() const
 {
     return m_acceptor->connections;

@@ -81,6 +81,8 @@ public:
 
     // Every whole request, in the order of arrival.
     [[nodiscard]] const std::vector<SeenRequest>& requests() const;
+    // How many of them bore this token.
+    [[nodiscard]] std::size_t requestsWith(const std::string& token) const;
     // Connections that were accepted, whether or not they came to a request.
     [[nodiscard]] int connections() const;
     // The bytes of bodies handed to the system so far.

@@ -114,10 +114,10 @@ struct ExportPanelSaveTest : test::BusTest {
     test::TempFolder home;
     std::vector<std::string> failures;
 
-    void save()
+    void save(const std::string& name = "history.csv")
     {
         ExportPanel::save(
-            "history.csv", "the bytes",
+            name, "the bytes",
             [this](const std::string& reason) {
                 EXPECT_EQ(QThread::currentThread(), qApp->thread());
                 failures.push_back(reason);
@@ -161,6 +161,17 @@ TEST_F(ExportPanelSaveTest, thePortalsPanelSaysWhereTheFileGoes)
     EXPECT_EQ(dialog(), nullptr);
 }
 
+TEST_F(ExportPanelSaveTest, theKindOfFileIsThatOfItsName)
+{
+    const test::FakeSavePortal portal(server);
+    save("history.csv");
+    save("history.json");
+    ASSERT_TRUE(test::turnLoopUntil([&] { return portal.asked.size() == 2; }));
+    using Filters = test::FakeSavePortal::Filters;
+    EXPECT_EQ(portal.asked[0].filters(), (Filters{{"CSV", {{1, "text/csv"}}}}));
+    EXPECT_EQ(portal.asked[1].filters(), (Filters{{"JSON", {{1, "application/json"}}}}));
+}
+
 TEST_F(ExportPanelSaveTest, cancellingDoesNothing)
 {
     test::FakeSavePortal portal(server);
@@ -186,6 +197,7 @@ TEST_F(ExportPanelSaveTest, withoutAPortalQtAsks)
     ASSERT_TRUE(test::turnLoopUntil([] { return dialog() != nullptr; }));
     EXPECT_EQ(dialog()->acceptMode(), QFileDialog::AcceptSave);
     EXPECT_EQ(QFileInfo(dialog()->selectedFiles().value(0)).fileName(), "history.csv");
+    EXPECT_EQ(dialog()->nameFilters(), QStringList{"CSV (*.csv)"});
     const std::string file = home.file("there.csv");
     emit dialog()->fileSelected(QString::fromStdString(file));
     dialog()->close();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
@@ -21,11 +22,18 @@ public:
     static constexpr const char* path = "/org/freedesktop/portal/desktop";
     static constexpr const char* request = "org.freedesktop.portal.Request";
 
+    using Filters = QList<QPair<QString, QList<QPair<uint, QString>>>>;
     struct Asked {
         QString parent;
         QString title;
         QVariantMap options;
         QString request; // the object that is to answer
+
+        // The kinds of file that are offered.
+        [[nodiscard]] Filters filters() const
+        {
+            return qdbus_cast<Filters>(options.value(QStringLiteral("filters")));
+        }
     };
     enum class Manner {
         usual,

@@ -70,22 +70,8 @@ TEST_F(PortalSavePanelTest, theQuestionNamesTheKindOfFileByItsContent)
 {
     const test::FakeSavePortal portal(server);
     askUntilUnderstood(portal);
-    const auto filters = portal.asked.at(0).options.value("filters").value<QDBusArgument>();
-    QString kind, type;
-    uint by = 0;
-    filters.beginArray();
-    filters.beginStructure();
-    filters >> kind;
-    filters.beginArray();
-    filters.beginStructure();
-    filters >> by >> type;
-    filters.endStructure();
-    filters.endArray();
-    filters.endStructure();
-    filters.endArray();
-    EXPECT_EQ(kind, "CSV");
-    EXPECT_EQ(by, 1U); // by type, and not by a pattern of names
-    EXPECT_EQ(type, "text/csv");
+    EXPECT_EQ(portal.asked.at(0).filters(),
+              (test::FakeSavePortal::Filters{{"CSV", {{1, "text/csv"}}}})); // 1: by type
 }
 
 TEST_F(PortalSavePanelTest, theFileThatTheUserHasChosenIsTold)

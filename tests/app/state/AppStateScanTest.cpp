@@ -52,6 +52,14 @@ struct AppStateScanTest : test::AppStateTesting {
                 cache.read(dir).has_value(),
                 UsageHistoryStore::loadFrom(historyFolder, dir).size() == 1};
     }
+    // A scan that is under way until the gate is opened.
+    [[nodiscard]] Task<> scanBehind(Gate& gate)
+    {
+        scanGate = &gate;
+        auto scan = state.rescan();
+        settle();
+        return scan;
+    }
     [[nodiscard]] bool isRecorded(const std::string& dir) const
     {
         return store.records().contains(dir);
@@ -317,9 +325,7 @@ TEST_F(AppStateScanTest, anAccountThatIsBroughtBackDuringAScanKeepsItsFiles)
     const auto facts = found.facts;
     leaveOnly({"ben"});
     Gate first;
-    scanGate = &first;
-    auto unaware = state.rescan();
-    settle();
+    auto unaware = scanBehind(first);
     found.facts = facts;
     Gate second;
     scanGate = &second;
@@ -343,14 +349,10 @@ TEST_F(AppStateScanTest, ofTwoScansTheOneThatBeganLaterCounts)
     const auto facts = found.facts;
     leaveOnly({"ben"});
     Gate first;
-    scanGate = &first;
-    auto earlier = state.rescan();
-    settle();
+    auto earlier = scanBehind(first);
     found.facts = facts;
     Gate second;
-    scanGate = &second;
-    auto later = state.rescan();
-    settle();
+    auto later = scanBehind(second);
     second.open();
     waitFor(std::move(later));
     first.open();

@@ -24,6 +24,14 @@ struct PollerTest : testing::Test, AppWorld {
         ++ticksDone;
         co_return;
     }
+    void startWith(const std::vector<std::string>& names)
+    {
+        for (const std::string& name : names)
+            add(name);
+        rescan();
+        poller.startLoop(true);
+        settle();
+    }
     void pass(seconds time)
     {
         for (const auto end = clock.now() + time; clock.now() < end;) {
@@ -35,11 +43,7 @@ struct PollerTest : testing::Test, AppWorld {
 
 TEST_F(PollerTest, aStartGivesAFullRoundAndThenOneFetchASlot)
 {
-    add("ada");
-    add("ben");
-    rescan();
-    poller.startLoop(true);
-    settle();
+    startWith({"ada", "ben"});
     EXPECT_EQ(calls(), 1);
     pass(seconds(2));
     EXPECT_EQ(calls(), 2); // two seconds apart
@@ -109,10 +113,7 @@ TEST_F(PollerTest, aSleepEndsTheLoopAndATickUnderWayIsFinished)
 // A wake of which no sleep was told.
 TEST_F(PollerTest, aLoopThatRunsIsReplacedByOneRoundAndItsOwnTicks)
 {
-    add("ada");
-    rescan();
-    poller.startLoop(true);
-    settle();
+    startWith({"ada"});
     pass(seconds(30));
     ASSERT_EQ(calls(), 1);
     poller.didWake();
@@ -263,11 +264,7 @@ TEST_F(PollerTest, withoutAccountsTheTicksGoOn)
 
 TEST_F(PollerTest, aLoopThatTheNetworkEndedBeginsAnewWithOneFullRound)
 {
-    add("ada");
-    add("ben");
-    rescan();
-    poller.startLoop(true);
-    settle();
+    startWith({"ada", "ben"});
     pass(seconds(30));
     ASSERT_EQ(calls(), 2);
     isOnline = false;
@@ -291,11 +288,7 @@ TEST_F(PollerTest, aStepOfTheWallClockChangesNothingInTheSpacing)
 {
     using std::chrono::hours;
     const hours jumps[] = {hours(3), hours(-3), hours(240), hours(-240)};
-    add("ada");
-    add("ben");
-    rescan();
-    poller.startLoop(true);
-    settle();
+    startWith({"ada", "ben"});
     pass(seconds(2));
     auto expected = calls();
     ASSERT_EQ(expected, 2);
